@@ -1,0 +1,37 @@
+#include "ulk/ace/baplug/entry_point.h"
+
+#include "ulk/ace/Err.h"
+#include "ulk/ace/baplug/Factory.h"
+#include "ulk/udbg/log.h"
+
+namespace ulk::ace::baplug {
+
+int create_factory(void* data) {
+    try {
+        ULK_LOG(INFO, "create_factory(): Creating factory...");
+        pibase::BidirComPoint& com = **static_cast<pibase::BidirComPoint**>(data);
+        com.plugin_execute = nullptr; // a failed creation leaves a point on which nobody listens
+        new Factory(com);             // owned by the point, until DESTROY
+        ULK_LOG(INFO, "create_factory(): Success.");
+        return Err_OK;
+    } catch (...) {
+        ULK_LOG(ERROR, "create_factory(): Failure.");
+        return Err_FAILURE;
+    }
+}
+
+} // namespace ulk::ace::baplug
+
+extern "C" [[gnu::visibility("default")]] ulk::archi::Int32 ulk_entry_point(ulk::archi::Int32 cmd,
+                                                                            void* data) {
+    using namespace ulk::ace;
+    switch (cmd) {
+    case 1:
+        return baplug::create_factory(data);
+    case 2:
+        return Err_OK;
+    default:
+        ULK_LOG(WARNING, "ulk_entry_point(): Unknown or not implemented command %1%.", cmd);
+        return Err_NOT_IMPLEMENTED;
+    }
+}
