@@ -1,3 +1,40 @@
-int main() {
+#include "host/Error.h"
+#include "tessitone/Commands.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+int run(int argc, char** argv) {
+    CLI::App app("Play and process sound with a bundle of plug-ins", "tessitone");
+    app.set_version_flag("--version", "tessitone " TESSITONE_VERSION);
+    app.require_subcommand(1);
+    tessitone::Context context;
+    tessitone::add_plugins_command(app, context);
+    tessitone::add_process_command(app, context);
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::ParseError const& e) {
+        return app.exit(e) == 0 ? 0 : ulk::host::Error::Kind_USE;
+    }
+    // A full device or a closed pipe shows only when the buffer goes out.
+    if (std::fflush(stdout) != 0) {
+        throw ulk::host::Error(ulk::host::Error::Kind_IO, "writing to standard output failed");
+    }
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (ulk::host::Error const& e) {
+        std::fprintf(stderr, "tessitone: %s\n", e.what());
+        return e.get_kind();
+    } catch (std::exception const& e) {
+        std::fprintf(stderr, "tessitone: %s\n", e.what());
+        return ulk::host::Error::Kind_IO;
+    }
 }

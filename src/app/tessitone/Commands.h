@@ -1,0 +1,26 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace tessitone {
+
+// What all subcommands share.
+struct Context {
+    std::string bundle_path; // as given by the user, empty for the installed bundle
+
+    // The bundle to load: the one given, the one that TESSITONE_BUNDLE names, or the one that lies
+    // beside the program or where it was installed.
+    std::string find_bundle() const;
+};
+
+// Each adds one subcommand, which runs while the command line is parsed and throws an
+// ulk::host::Error on failure. context outlives the parsing.
+void add_plugins_command(CLI::App& app, Context& context);
+void add_process_command(CLI::App& app, Context& context);
+
+// The option --bundle, for the subcommands that load one.
+void add_bundle_option(CLI::App& command, Context& context);
+
+} // namespace tessitone

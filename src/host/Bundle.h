@@ -1,0 +1,40 @@
+#pragma once
+
+#include "host/HostInterface.h"
+#include "host/Plugin.h"
+#include "ulk/pibase/BidirComPoint.h"
+#include "ulk/sys/SharedLibrary.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ulk::host {
+
+// A loaded bundle and its factory. Control side. Instances keep the library loaded and may outlive
+// the Bundle.
+class Bundle {
+public:
+    // Throws an Error that names the file: not found, not loadable, no bundle, no factory.
+    explicit Bundle(std::string const& path);
+    ~Bundle();
+
+    Bundle(Bundle const&) = delete;
+    Bundle& operator=(Bundle const&) = delete;
+
+    std::string const& get_path() const { return _path; }
+
+    // Identifiers of the plug-ins that the factory can instantiate, in its order.
+    std::vector<std::string> list_plugins();
+    bool can_instantiate(std::string const& id);
+
+    // Throws an Error with the list of the known identifiers when id is unknown.
+    std::unique_ptr<Plugin> instantiate(std::string const& id, HostInterface* host = nullptr);
+
+private:
+    std::string _path;
+    std::shared_ptr<sys::SharedLibrary const> _library;
+    pibase::BidirComPoint _com;
+};
+
+} // namespace ulk::host
