@@ -1,0 +1,74 @@
+#include "support/AllocFault.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace test {
+
+namespace {
+
+thread_local bool active_flag = false;
+thread_local long count = 0;
+thread_local long fail_pos = -1;
+
+void* allocate(std::size_t size, std::size_t align) {
+    if (active_flag && count++ == fail_pos) {
+        throw std::bad_alloc();
+    }
+    std::size_t const rounded = (size + align - 1) / align * align;
+    void* const ptr = align <= alignof(std::max_align_t)
+                          ? std::malloc(size != 0 ? size : 1)
+                          : std::aligned_alloc(align, rounded != 0 ? rounded : align);
+    if (ptr == nullptr) {
+        throw std::bad_alloc();
+    }
+    return ptr;
+}
+
+} // namespace
+
+AllocFault::AllocFault(long fail_at) {
+    count = 0;
+    fail_pos = fail_at;
+    active_flag = true;
+}
+
+AllocFault::~AllocFault() {
+    active_flag = false;
+}
+
+long AllocFault::get_count() const {
+    return count;
+}
+
+bool AllocFault::has_failed() const {
+    return fail_pos >= 0 && count > fail_pos;
+}
+
+} // namespace test
+
+// Replacements of the global operators; the forms not named here fall back on these.
+void* operator new(std::size_t size) {
+    return test::allocate(size, 1);
+}
+
+void* operator new(std::size_t size, std::align_val_t align) {
+    return test::allocate(size, static_cast<std::size_t>(align));
+}
+
+void operator delete(void* ptr) noexcept {
+    std::free(ptr);
+}
+
+void operator delete(void* ptr, std::size_t) noexcept {
+    std::free(ptr);
+}
+
+void operator delete(void* ptr, std::align_val_t) noexcept {
+    std::free(ptr);
+}
+
+void operator delete(void* ptr, std::size_t, std::align_val_t) noexcept {
+    std::free(ptr);
+}
