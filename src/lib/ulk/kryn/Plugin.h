@@ -21,6 +21,11 @@ public:
     };
 
     static const CodeTxt cmd_txt_list[7 + 1];
+
+    // Description document: atom of the binary form, names of the XML form.
+    static constexpr unsigned int atom_unique_id = 0x756E6964; // "unid"
+    static constexpr char xml_unique_id[] = "unique_id";
+    static constexpr char xml_unique_id_val[] = "val";
 };
 
 } // namespace kryn

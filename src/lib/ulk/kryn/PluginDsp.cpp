@@ -32,6 +32,47 @@ const CodeTxt PluginDsp::cmd_txt_list[25 + 1] = {
     {CmdHost::SIGNAL_IO_CHANGE, "SIGNAL_IO_CHANGE"},
     {0, nullptr}};
 
+const CodeTxt PluginDsp::param_type_use_txt_list[ParamPredef_NBR_ELT + 1] = {
+    {ParamPredef_UNDEFINED, "undefined"},
+    {ParamPredef_NOTE_INDEX, "note_index"},
+    {ParamPredef_BASE_PITCH, "base_pitch"},
+    {ParamPredef_TRANSPOSE, "transpose"},
+    {ParamPredef_VELOCITY, "velocity"},
+    {ParamPredef_VOLUME, "volume"},
+    {ParamPredef_PRESSURE, "pressure"},
+    {ParamPredef_MUTING, "muting"},
+    {0, nullptr}};
+
+const CodeTxt PluginDsp::param_type_data_txt_list[ParamType_NBR_ELT + 1] = {
+    {ParamType_UNDEFINED, "undefined"},
+    {ParamType_TIME_ABSOLUTE, "time_absolute"},
+    {ParamType_TIME_MUSICAL, "time_musical"},
+    {ParamType_FREQUENCY, "frequency"},
+    {ParamType_PITCH, "pitch"},
+    {ParamType_GAIN, "gain"},
+    {ParamType_LIN_VOLUME, "lin_volume"},
+    {ParamType_PHASE, "phase"},
+    {ParamType_PAN_LIN_POS, "pan_lin_pos"},
+    {0, nullptr}};
+
+const CodeTxt PluginDsp::param_public_range_txt_list[ParamPublicVal_NBR_ELT + 1] = {
+    {ParamPublicVal_NORMALISED, "normalised"}, {ParamPublicVal_NATURAL, "natural"}, {0, nullptr}};
+
+const CodeTxt PluginDsp::param_domain_txt_list[ParamRange_NBR_ELT + 1] = {
+    {ParamRange_CONTINUOUS, "continuous"}, {ParamRange_DISCRETE, "discrete"}, {0, nullptr}};
+
+const CodeTxt PluginDsp::param_dir_txt_list[ParamDir_NBR_ELT + 1] = {
+    {ParamDir_STATEFUL, "stateful"}, {ParamDir_IN, "in"}, {ParamDir_OUT, "out"}, {0, nullptr}};
+
+const CodeTxt PluginDsp::param_validity_flag_txt_list[3 + 1] = {
+    {ParamValidityFlag_NOTE_ON, "note_on"},
+    {ParamValidityFlag_NOTE_OFF, "note_off"},
+    {ParamValidityFlag_NOTE_END, "note_end"},
+    {0, nullptr}};
+
+const CodeTxt PluginDsp::param_flag_txt_list[2 + 1] = {
+    {ParamFlag_HIDDEN, "hidden"}, {ParamFlag_UNUSED, "unused"}, {0, nullptr}};
+
 int PluginDsp::EventList::check_events() const {
     if (evt_arr == nullptr) {
         return nbr_evt == 0;

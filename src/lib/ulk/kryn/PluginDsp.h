@@ -162,6 +162,18 @@ public:
             double val; // result, public range
             char const* txt;
         };
+
+        // Keys of the properties that a plug-in declares towards the host.
+        static constexpr char prop_can_set_audio_qual[] = "can_set_audio_quality";
+        static constexpr char prop_can_set_audio_qual_rt[] = "can_set_audio_quality_rt";
+        static constexpr char prop_min_sample_freq[] = "min_sample_freq";
+        static constexpr char prop_max_sample_freq[] = "max_sample_freq";
+        static constexpr char prop_drum_score[] = "drum_score";
+        static constexpr char prop_has_uniform_cpu_load[] = "has_uniform_cpu_load";
+        static constexpr char prop_accept_input_denorm[] = "accept_input_denormal_numbers";
+        static constexpr char prop_kill_output_denorm[] = "kill_output_denormal_numbers";
+        static constexpr char prop_kill_output_dc[] = "kill_output_dc_offset";
+        static constexpr char prop_ignore_transp_evt[] = "ignore_transport_events";
     };
 
     class CmdHost {
@@ -172,10 +184,126 @@ public:
             SIGNAL_DISPLAYED_DATA_CHANGE = 0x3203,
             SIGNAL_IO_CHANGE = 0x3204
         };
+
+        // Keys of the properties that a host declares towards a plug-in.
+        static constexpr char prop_can_send_evt_time_sig[] = "can_send_event_time_sig";
+        static constexpr char prop_can_send_evt_tempo[] = "can_send_event_tempo";
+        static constexpr char prop_can_send_evt_transp_jmp[] = "can_send_event_transport_jump";
+        static constexpr char prop_can_send_evt_play_chg[] = "can_send_event_playback_change";
+        static constexpr char prop_can_send_evt_pin_connect[] = "can_send_event_pin_connect";
+        static constexpr char prop_min_audio_buf_align[] = "min_audio_buffer_alignment";
     };
 
     // Deliberately without a row for GET_PARAM_VAL.
     static const CodeTxt cmd_txt_list[25 + 1];
+
+    // Predefined use of a parameter.
+    enum ParamPredef : int {
+        ParamPredef_UNDEFINED = 0,
+        ParamPredef_NOTE_INDEX,
+        ParamPredef_BASE_PITCH,
+        ParamPredef_TRANSPOSE,
+        ParamPredef_VELOCITY,
+        ParamPredef_VOLUME,
+        ParamPredef_PRESSURE,
+        ParamPredef_MUTING,
+
+        ParamPredef_NBR_ELT
+    };
+
+    // Kind of quantity.
+    enum ParamType : int {
+        ParamType_UNDEFINED = 0,
+        ParamType_TIME_ABSOLUTE,
+        ParamType_TIME_MUSICAL,
+        ParamType_FREQUENCY,
+        ParamType_PITCH,
+        ParamType_GAIN,
+        ParamType_LIN_VOLUME,
+        ParamType_PHASE,
+        ParamType_PAN_LIN_POS,
+
+        ParamType_NBR_ELT
+    };
+
+    // Form of the value that the host sees.
+    enum ParamPublicVal : int {
+        ParamPublicVal_NORMALISED = 0,
+        ParamPublicVal_NATURAL,
+
+        ParamPublicVal_NBR_ELT
+    };
+
+    // How the value moves, in time or over its set of values.
+    enum ParamRange : int {
+        ParamRange_CONTINUOUS = 0,
+        ParamRange_DISCRETE,
+
+        ParamRange_NBR_ELT
+    };
+
+    enum ParamDir : int {
+        ParamDir_STATEFUL = 0,
+        ParamDir_IN,
+        ParamDir_OUT,
+
+        ParamDir_NBR_ELT
+    };
+
+    // Bits: at which moments of a note its parameter may be set.
+    enum ParamValidityFlag : int {
+        ParamValidityFlag_NOTE_ON = 1,
+        ParamValidityFlag_NOTE_OFF = 2,
+        ParamValidityFlag_NOTE_END = 4
+    };
+
+    // Bits.
+    enum ParamFlag : int { ParamFlag_HIDDEN = 1, ParamFlag_UNUSED = 2 };
+
+    // Texts of the enumerations above, used in the XML description document.
+    static const CodeTxt param_type_use_txt_list[ParamPredef_NBR_ELT + 1];
+    static const CodeTxt param_type_data_txt_list[ParamType_NBR_ELT + 1];
+    static const CodeTxt param_public_range_txt_list[ParamPublicVal_NBR_ELT + 1];
+    static const CodeTxt param_domain_txt_list[ParamRange_NBR_ELT + 1];
+    static const CodeTxt param_dir_txt_list[ParamDir_NBR_ELT + 1];
+    static const CodeTxt param_validity_flag_txt_list[3 + 1];
+    static const CodeTxt param_flag_txt_list[2 + 1];
+
+    // Atoms of the binary description document.
+    static constexpr unsigned int atom_param_list = 0x70616C73;    // "pals"
+    static constexpr unsigned int atom_pin_conf_list = 0x70636C73; // "pcls"
+
+    // Names of the XML description document.
+    static constexpr char xml_param_scope[] = "scope";
+    static constexpr char xml_param_scope_name[] = "name";
+    static constexpr char xml_param_scope_count[] = "count";
+    static constexpr char xml_param_list[] = "parameters";
+    static constexpr char xml_param[] = "parameter";
+    static constexpr char xml_param_id[] = "id";
+    static constexpr char xml_param_range[] = "range";
+    static constexpr char xml_param_range_min[] = "min";
+    static constexpr char xml_param_range_max[] = "max";
+    static constexpr char xml_param_prop_name[] = "name";
+    static constexpr char xml_param_prop_unit[] = "unit";
+    static constexpr char xml_param_prop_flags[] = "flags";
+    static constexpr char xml_param_prop_dir[] = "dir";
+    static constexpr char xml_param_prop_validity[] = "validity";
+    static constexpr char xml_param_prop_dom_val[] = "domain_val";
+    static constexpr char xml_param_prop_dom_time[] = "domain_time";
+    static constexpr char xml_param_prop_pub_range[] = "public_range";
+    static constexpr char xml_param_prop_type_data[] = "type_data";
+    static constexpr char xml_param_prop_type_use[] = "type_use";
+    static constexpr char xml_conf_list[] = "pin_confs";
+    static constexpr char xml_conf_list_def_id[] = "default_id";
+    static constexpr char xml_conf[] = "pin_conf";
+    static constexpr char xml_conf_id[] = "id";
+    static constexpr char xml_conf_prop_name[] = "name";
+    static constexpr char xml_conf_audio_pins[] = "pins_audio";
+    static constexpr char xml_conf_audio_pins_in[] = "in";
+    static constexpr char xml_conf_audio_pins_out[] = "out";
+    static constexpr char xml_conf_data_pins[] = "pins_data";
+    static constexpr char xml_conf_data_pins_in[] = "in";
+    static constexpr char xml_conf_data_pins_out[] = "out";
 };
 
 // The order of the fields is the protocol; the offsets follow the target.
