@@ -9,12 +9,14 @@ namespace {
 int run(int argc, char** argv) {
     CLI::App app("Play and process sound with a bundle of plug-ins", "tessitone");
     app.set_version_flag("--version", "tessitone " TESSITONE_VERSION);
-    app.require_subcommand(1);
     tessitone::Context context;
     tessitone::add_plugins_command(app, context);
     tessitone::add_process_command(app, context);
     try {
         app.parse(argc, argv);
+        if (app.get_subcommands().empty()) {
+            throw CLI::RequiredError("A subcommand");
+        }
     } catch (CLI::ParseError const& e) {
         return app.exit(e) == 0 ? 0 : ulk::host::Error::Kind_USE;
     }

@@ -1,0 +1,129 @@
+// The command line as a user meets it: what it prints, where, and how it exits.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+
+namespace {
+
+struct Outcome {
+    int code;
+    std::string out;
+    std::string err;
+};
+
+std::string read_file(std::string const& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+class CommandTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        _folder = ::testing::TempDir() + "tessitone_" +
+                  ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        std::filesystem::create_directories(_folder);
+    }
+    void TearDown() override { std::filesystem::remove_all(_folder); }
+
+    // args go through the shell, so that redirections can stand in them.
+    Outcome run(std::string const& args) {
+        std::string const err_path = _folder + "/stderr";
+        std::string const command =
+            std::string("cd " + _folder + " && " BUILD_DIR "/tessitone ") + args + " 2>" + err_path;
+        FILE* const pipe = ::popen(command.c_str(), "r");
+        std::string out;
+        std::array<char, 4096> buf;
+        for (std::size_t n; (n = std::fread(buf.data(), 1, buf.size(), pipe)) > 0;) {
+            out.append(buf.data(), n);
+        }
+        int const status = ::pclose(pipe);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out, read_file(err_path)};
+    }
+
+    std::string _folder;
+};
+
+constexpr char wav[] = "/usr/share/sounds/alsa/Front_Center.wav";
+
+} // namespace
+
+TEST_F(CommandTest, BypassIsBitExactForAnyBlock) {
+    for (char const* block : {"", "--block 1", "--block 64", "--block 4096", "--block 1048576"}) {
+        auto const outcome = run(std::string("process --plugin Brevanto#TessitoneBypass ") + wav +
+                                 " out.wav " + block);
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        EXPECT_EQ("", outcome.err);
+        EXPECT_EQ(0u, outcome.out.find("out.wav: 68545 frames, 1.428 s, ")) << outcome.out;
+        EXPECT_TRUE(read_file(wav) == read_file(_folder + "/out.wav"));
+    }
+}
+
+TEST_F(CommandTest, ListsPlugins) {
+    auto const outcome = run("plugins");
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_NE(std::string::npos, outcome.out.find("Brevanto#TessitoneBypass\n"));
+    EXPECT_EQ("", outcome.err);
+}
+
+TEST_F(CommandTest, HelpAndVersion) {
+    for (char const* args : {"--help", "process --help", "plugins --help", "--version"}) {
+        auto const outcome = run(args);
+        EXPECT_EQ(0, outcome.code) << args;
+        EXPECT_FALSE(outcome.out.empty()) << args;
+        EXPECT_EQ("", outcome.err) << args;
+    }
+}
+
+struct SillyCase {
+    char const* args;
+    int code;
+    char const* message; // a part of what standard error says
+};
+
+class SillyCommandTest : public CommandTest, public ::testing::WithParamInterface<SillyCase> {};
+
+TEST_P(SillyCommandTest, EndsPlainly) {
+    std::ofstream(_folder + "/text.wav") << "no sound at all";
+    std::filesystem::create_directory(_folder + "/folder");
+    auto const outcome = run(GetParam().args);
+    EXPECT_EQ(GetParam().code, outcome.code);
+    EXPECT_NE(std::string::npos, outcome.err.find(GetParam().message)) << outcome.err;
+    EXPECT_EQ("", outcome.out);
+}
+
+#define WAV "/usr/share/sounds/alsa/Front_Center.wav"
+#define BYPASS "process --plugin Brevanto#TessitoneBypass "
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLines, SillyCommandTest,
+    ::testing::Values(
+        SillyCase{"", 1, "A subcommand is required"}, //
+        SillyCase{"nonsense", 1, "nonsense"},         //
+        SillyCase{"process", 1, "required"},          //
+        SillyCase{"process --plugin", 1, "--plugin"}, //
+        SillyCase{"plugins --nonsense", 1, "--nonsense"},
+        SillyCase{BYPASS WAV " out.wav --block 0", 1, "--block"},
+        SillyCase{BYPASS WAV " out.wav --block many", 1, "--block"},
+        SillyCase{BYPASS WAV " out.wav more.wav", 1, "more.wav"},
+        SillyCase{BYPASS "none.wav out.wav", 2, "tessitone: none.wav: no such file"},
+        SillyCase{BYPASS "text.wav out.wav", 2, "text.wav: not a sound file"},
+        SillyCase{BYPASS "folder out.wav", 2, "folder: a directory"},
+        SillyCase{BYPASS WAV " out.xyz", 1, "out.xyz: give the output a name that ends in"},
+        SillyCase{BYPASS WAV " none/out.wav", 4, "none/out.wav: cannot be written"},
+        SillyCase{BYPASS WAV " folder", 1, "folder: give the output a name"},
+        SillyCase{BYPASS WAV " " WAV, 1, "input and output are the same file"},
+        SillyCase{"process --plugin Nothing#AtAll " WAV " out.wav", 1,
+                  "Nothing#AtAll: no such plug-in"},
+        SillyCase{"plugins --bundle none.so", 2, "none.so: no such bundle"},
+        SillyCase{"plugins --bundle text.wav", 2, "text.wav: the bundle does not load"},
+        SillyCase{"plugins --bundle folder", 2, "folder: no such bundle"},
+        SillyCase{"plugins >/dev/full", 4, "writing to standard output failed"}));
