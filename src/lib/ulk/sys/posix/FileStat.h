@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ulk/archi/types.h"
+
+namespace ulk::sys::posix {
+
+// A time stamp of the file system: seconds since 1970 and nanoseconds, 0 to 999999999.
+struct TimeStamp {
+    archi::Int64 sec = 0;
+    archi::UInt32 nsec = 0;
+
+    friend auto operator<=>(TimeStamp const&, TimeStamp const&) = default;
+};
+
+// What the file system tells of a file.
+struct FileStat {
+    archi::UInt64 device = 0;
+    archi::UInt64 inode = 0;
+    archi::Int64 len = 0; // bytes
+    TimeStamp birth;
+    TimeStamp modification;
+    TimeStamp change;        // of the inode
+    bool birth_flag = false; // the file system keeps the time of birth
+    bool directory_flag = false;
+    bool read_only_flag = false; // immutable, or nobody may write
+};
+
+} // namespace ulk::sys::posix
