@@ -60,8 +60,14 @@ void run_no_pin(benchmark::State& state) {
     }
 }
 
-BENCHMARK(run_memcpy)->Name("stereo/memcpy")->RangeMultiplier(4)->Range(64, max_len);
-BENCHMARK(run_bypass)->Name("stereo/Bypass")->RangeMultiplier(4)->Range(64, max_len);
-BENCHMARK(run_no_pin)->Name("PROCESS on no pin");
+BENCHMARK(run_memcpy)
+    ->Name("Bypass of a stereo pin/memcpy")
+    ->RangeMultiplier(4)
+    ->Range(64, max_len);
+BENCHMARK(run_bypass)
+    ->Name("Bypass of a stereo pin/tessitone")
+    ->RangeMultiplier(4)
+    ->Range(64, max_len);
+BENCHMARK(run_no_pin)->Name("PROCESS on no pin/tessitone");
 
 } // namespace
