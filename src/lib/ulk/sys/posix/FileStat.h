@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ulk/archi/types.h"
+#include <compare>
 
 namespace ulk::sys::posix {
 
