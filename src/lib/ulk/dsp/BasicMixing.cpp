@@ -7,7 +7,6 @@
 namespace ulk::dsp {
 
 int BasicMixing::_state = 0;
-void (*BasicMixing::copy_1_1)(float* dst, float const* src, long nbr_spl) = nullptr;
 
 void BasicMixing::setup() {
     use_instance();
@@ -43,7 +42,9 @@ void BasicMixing::setup_internal() {
 }
 
 void BasicMixing::setup_fpu() {
-    copy_1_1 = &BasicMixingFpu::copy_1_1;
+#define ULK_SET(name, params) name = &BasicMixingFpu::name;
+    ULK_BASIC_MIXING_LIST(ULK_SET, ULK_SET)
+#undef ULK_SET
 }
 
 } // namespace ulk::dsp

@@ -1,16 +1,21 @@
 #pragma once
 
+#include "ulk/dsp/BasicMixingList.h"
+
 namespace ulk::dsp {
 
-// Process-wide table of block routines on float buffers of any alignment. Empty at load; written
-// once by the first setup(), read-only after that.
+// Process-wide table of block routines on float buffers of any alignment. BasicMixingList.h tells
+// the names, and what they do. Empty at load; written once by the first setup(), read-only after
+// that. The routines are pure functions of their arguments, for any thread, and real-time.
 class BasicMixing {
 public:
     static void setup(); // any thread, any number of times
     static bool is_ready();
     static BasicMixing& use_instance();
 
-    static void (*copy_1_1)(float* dst, float const* src, long nbr_spl);
+#define ULK_DECLARE(name, params) static inline void(*name) params = nullptr;
+    ULK_BASIC_MIXING_LIST(ULK_DECLARE, ULK_DECLARE)
+#undef ULK_DECLARE
 
 private:
     BasicMixing();

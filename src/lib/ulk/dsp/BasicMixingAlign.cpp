@@ -8,7 +8,6 @@
 namespace ulk::dsp {
 
 int BasicMixingAlign::_state = 0;
-void (*BasicMixingAlign::copy_1_1)(float* dst, float const* src, long nbr_spl) = nullptr;
 
 void BasicMixingAlign::setup() {
     use_instance();
@@ -49,11 +48,19 @@ void BasicMixingAlign::setup_internal() {
 
 void BasicMixingAlign::setup_unaligned() {
     BasicMixing::setup();
-    copy_1_1 = BasicMixing::copy_1_1;
+#define ULK_SET(name, params) name = BasicMixing::name;
+    ULK_BASIC_MIXING_LIST(ULK_SET, ULK_SET)
+#undef ULK_SET
 }
 
 void BasicMixingAlign::setup_sse() {
-    copy_1_1 = &BasicMixingSse::copy_1_1;
+    using archi::Vect128MemOpAlign;
+    using Sse = BasicMixingSse<Vect128MemOpAlign, Vect128MemOpAlign>;
+#define ULK_SET(name, params) name = &Sse::name;
+#define ULK_KEEP(name, params)
+    ULK_BASIC_MIXING_LIST(ULK_SET, ULK_KEEP)
+#undef ULK_KEEP
+#undef ULK_SET
 }
 
 } // namespace ulk::dsp

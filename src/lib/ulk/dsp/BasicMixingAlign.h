@@ -1,15 +1,20 @@
 #pragma once
 
+#include "ulk/dsp/BasicMixingList.h"
+
 namespace ulk::dsp {
 
-// The same routines as BasicMixing, for buffers at 16-byte boundaries.
+// The same routines as BasicMixing, for buffers that all start at a 16-byte boundary; a length is
+// free. Strided routines have no vector form, and are those of BasicMixing.
 class BasicMixingAlign {
 public:
     static void setup(); // any thread, any number of times
     static bool is_ready();
     static BasicMixingAlign& use_instance();
 
-    static void (*copy_1_1)(float* dst, float const* src, long nbr_spl);
+#define ULK_DECLARE(name, params) static inline void(*name) params = nullptr;
+    ULK_BASIC_MIXING_LIST(ULK_DECLARE, ULK_DECLARE)
+#undef ULK_DECLARE
 
 private:
     BasicMixingAlign();

@@ -1,13 +1,7 @@
 #include "ulk/dsp/BasicMixingSse.h"
 
-#include <cstring>
-
 namespace ulk::dsp {
 
-void BasicMixingSse::copy_1_1(float* dst, float const* src, long nbr_spl) {
-    if (nbr_spl > 0) {
-        std::memmove(dst, src, static_cast<std::size_t>(nbr_spl) * sizeof(float));
-    }
-}
+template class mixing::Forms<archi::Vect128MemOpAlign, archi::Vect128MemOpAlign>;
 
 } // namespace ulk::dsp
