@@ -4,12 +4,16 @@
 #include "ulk/sys/UtcTime.h"
 #include "ulk/udbg/log.h"
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 
 namespace ulk::sys {
 
 namespace {
+
+using Ticks = std::chrono::duration<archi::Int64, std::ratio<1, UtcTime::_ticks_per_sec>>;
+using Seconds = std::chrono::duration<archi::Int64>;
 
 constexpr archi::Int64 sec_per_day = 86400;
 constexpr archi::Int64 days_1601_2001 = 146097; // one whole cycle of the calendar
@@ -22,13 +26,6 @@ constexpr archi::Int64 nsec_per_sec = 1000000000;
 
 // Results of the conversion of a time stamp.
 enum : int { Conv_OK = 0, Conv_UNDERFLOW = -8850, Conv_OVERFLOW = -8851, Conv_ILLEGAL = -8852 };
-
-// Whole seconds, rounded towards the past.
-archi::Int64 get_whole_sec(UtcTime const& time) {
-    archi::Int64 const ticks = time.get();
-    archi::Int64 const sec = ticks / UtcTime::_ticks_per_sec;
-    return ticks % UtcTime::_ticks_per_sec < 0 ? sec - 1 : sec;
-}
 
 int conv_stamp(UtcTime& time, UTCDateTime const& stamp) {
     if (stamp.nsec < 0 || stamp.nsec >= nsec_per_sec) {
@@ -52,10 +49,10 @@ double MacTimeFnc_get_cf_absolute_time_offset() {
 
 // Seconds and fractions are kept apart: together they exceed the precision of a double.
 void MacTimeFnc::UtcTime_to_CFAbsoluteTime(double& at, UtcTime const& time) {
-    archi::Int64 const sec = get_whole_sec(time);
-    archi::Int64 const fraction = time.get() - sec * UtcTime::_ticks_per_sec;
-    at = static_cast<double>(sec - at_offset) +
-         static_cast<double>(fraction) / static_cast<double>(UtcTime::_ticks_per_sec);
+    Ticks const ticks(time.get());
+    auto const sec = std::chrono::floor<Seconds>(ticks);
+    at = static_cast<double>(sec.count() - at_offset) +
+         static_cast<double>((ticks - sec).count()) / static_cast<double>(UtcTime::_ticks_per_sec);
 }
 
 void MacTimeFnc::CFAbsoluteTime_to_UtcTime(UtcTime& time, double const& at) {
@@ -91,10 +88,10 @@ void MacTimeFnc::UtcTime_to_UTCDateTime(UTCDateTime& stamp, UtcTime const& time)
         ULK_LOG(ERROR, "UCConvertUTCDateTimeToCFAbsoluteTime failed with error %1%",
                 static_cast<int>(Conv_UNDERFLOW));
     }
-    archi::Int64 const sec = get_whole_sec(time);
-    archi::Int64 const fraction = time.get() - sec * UtcTime::_ticks_per_sec;
-    stamp.sec = sec - epoch_offset;
-    stamp.nsec = static_cast<archi::Int32>(fraction * nsec_per_tick);
+    Ticks const ticks(time.get());
+    auto const sec = std::chrono::floor<Seconds>(ticks);
+    stamp.sec = sec.count() - epoch_offset;
+    stamp.nsec = static_cast<archi::Int32>((ticks - sec).count() * nsec_per_tick);
 }
 
 } // namespace ulk::sys

@@ -3,6 +3,6 @@
 namespace ulk::sys {
 
 // Any value but TimeZoneType_SYSTEM stands for UTC.
-enum TimeZoneType { TimeZoneType_SYSTEM = 0, TimeZoneType_UTC = 1 };
+enum TimeZoneType : int { TimeZoneType_SYSTEM = 0, TimeZoneType_UTC = 1 };
 
 } // namespace ulk::sys
