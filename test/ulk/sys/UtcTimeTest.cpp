@@ -237,7 +237,7 @@ TEST(MacTimeFncTest, AbsoluteTimesComeBackToTheirPrecision) {
         Int64 const ticks = static_cast<Int64>(rng() % (3 * 126227808000000000u));
         double at = 0;
         MacTimeFnc::UtcTime_to_CFAbsoluteTime(at, make(ticks));
-        long double const exact = static_cast<long double>(ticks) / 1e7L - 12622780800.0L;
+        long double const exact = static_cast<long double>(ticks - 126227808000000000) / 1e7L;
         ASSERT_NEAR(static_cast<double>(exact), at, std::fabs(at) * 2.3e-16);
         UtcTime back;
         MacTimeFnc::CFAbsoluteTime_to_UtcTime(back, at);
