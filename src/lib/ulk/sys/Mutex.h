@@ -1,0 +1,26 @@
+#pragma once
+
+namespace ulk::sys {
+
+// The operating system's mutex, neither recursive nor checking. Not for the real-time thread but
+// for the short sections told where they are. Copying makes a new, unlocked mutex and assigning
+// does nothing, so that classes which hold one stay copyable.
+// A failure of the system throws std::runtime_error.
+class Mutex {
+public:
+    Mutex();
+    Mutex(Mutex const& other);
+    Mutex& operator=(Mutex const& other) noexcept;
+    ~Mutex();
+
+    void lock() const;
+    void unlock() const;
+
+private:
+    void init(char const* err_txt);
+
+    // Room for the system's object, whose header stays out of here.
+    alignas(8) mutable unsigned char _storage[64];
+};
+
+} // namespace ulk::sys

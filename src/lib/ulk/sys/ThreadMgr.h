@@ -1,0 +1,28 @@
+#pragma once
+
+namespace ulk::sys {
+
+// Services for the calling thread and the count of processors.
+class ThreadMgr {
+public:
+    // Importance of a thread; the system's scale runs the other way (nice values).
+    enum Priority : int {
+        Priority_LOWEST = -10,
+        Priority_LOW = -5,
+        Priority_NORMAL = 0,
+        Priority_HIGH = 5,
+        Priority_HIGHEST = 10
+    };
+
+    static void yield(); // lets any other thread run
+    // Sleeps for seconds, cut to whole microseconds in 0 to 4294967295.
+    static void sleep(double seconds);
+    // Unique among the running threads and never get_invalid_thread_id().
+    static unsigned long get_current_thread_id();
+    static unsigned long get_invalid_thread_id();
+    static int count_nbr_logical_proc();           // 1 if the system doesn't tell
+    static void set_thread_name(char const* name); // does nothing on this platform
+    static int set_priority(Priority prio);        // of the calling thread. 0, or -2946
+};
+
+} // namespace ulk::sys
