@@ -1,8 +1,9 @@
 #include "ulk/mem/SharedPtr.h"
 
+#include "support/AllocFault.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -12,43 +13,6 @@
 
 using ulk::archi::Int32;
 using ulk::mem::SharedPtr;
-
-namespace {
-
-thread_local long alloc_count = 0;
-thread_local long fail_after = -1; // the allocation that fails; -1 for none
-
-void* count_alloc(std::size_t size) {
-    ++alloc_count;
-    if (fail_after >= 0 && fail_after-- == 0) {
-        throw std::bad_alloc();
-    }
-    if (void* const ptr = std::malloc(size); ptr != nullptr) {
-        return ptr;
-    }
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    return count_alloc(size);
-}
-void* operator new[](std::size_t size) {
-    return count_alloc(size);
-}
-void operator delete(void* ptr) noexcept {
-    std::free(ptr);
-}
-void operator delete[](void* ptr) noexcept {
-    std::free(ptr);
-}
-void operator delete(void* ptr, std::size_t) noexcept {
-    std::free(ptr);
-}
-void operator delete[](void* ptr, std::size_t) noexcept {
-    std::free(ptr);
-}
 
 namespace {
 
@@ -82,7 +46,7 @@ struct Derived : Obj {
 } // namespace
 
 TEST(SharedPtrTest, NullAllocatesNoCell) {
-    long const before = alloc_count;
+    test::AllocFault const fault;
     {
         SharedPtr<Obj> const a(nullptr);
         SharedPtr<Obj> const b(a);
@@ -96,7 +60,7 @@ TEST(SharedPtrTest, NullAllocatesNoCell) {
         EXPECT_EQ(Words(c), Words(d));
         EXPECT_FALSE(a);
     }
-    EXPECT_EQ(before, alloc_count);
+    EXPECT_EQ(0, fault.get_count());
 }
 
 TEST(SharedPtrTest, CopiesShareOneCell) {
@@ -105,16 +69,16 @@ TEST(SharedPtrTest, CopiesShareOneCell) {
         SharedPtr<Obj> a(new Obj(alive));
         Int32* const count = Words(a).count;
         EXPECT_EQ(1, *count);
-        long const before = alloc_count;
         {
+            test::AllocFault const fault;
             SharedPtr<Obj> const b(a);
             SharedPtr<Obj> c;
             c = b;
             EXPECT_EQ(3, *count);
             EXPECT_EQ(Words(a), Words(c));
             EXPECT_TRUE(a == c);
+            EXPECT_EQ(0, fault.get_count());
         }
-        EXPECT_EQ(before, alloc_count);
         EXPECT_EQ(1, *count);
         EXPECT_EQ(1, alive);
         EXPECT_EQ(&alive, &a->count);
@@ -208,9 +172,10 @@ TEST(SharedPtrTest, UsesTheVirtualDestructor) {
 TEST(SharedPtrTest, AFailedCellLeavesTheObjectToTheCaller) {
     int alive = 0;
     auto obj = std::make_unique<Obj>(alive);
-    fail_after = 0;
-    EXPECT_THROW(SharedPtr<Obj>(obj.get()), std::bad_alloc);
-    fail_after = -1;
+    {
+        test::AllocFault const fault(0);
+        EXPECT_THROW(SharedPtr<Obj>(obj.get()), std::bad_alloc);
+    }
     EXPECT_EQ(1, alive);
 }
 
