@@ -68,6 +68,12 @@ inline Four<float> find_step(Four<float> beg, Four<float> end, long nbr_spl) {
 
 constexpr long VECT_LEN = 4;
 
+// What turns a step a frame into the levels of a vector, and into its step a vector.
+struct VectCst {
+    alignas(16) static constexpr float _cst_0123[VECT_LEN] = {0, 1, 2, 3};
+    alignas(16) static constexpr float _cst_4444[VECT_LEN] = {4, 4, 4, 4};
+};
+
 // Frames left to scalar code, those behind the last whole vector.
 template <bool VECT_FLAG>
 long find_tail(long nbr_spl) {
@@ -102,9 +108,10 @@ void run_ramp(Dst dst, long nbr_spl, Op op, Levels beg, Levels end, Src... src) 
     long pos = 0;
     Levels level = beg;
     if constexpr (VECT_FLAG) {
+        using MemOp = archi::Vect128MemOpAlign;
         auto const step = splat(find_step(beg, end, nbr_spl));
-        auto const step_vect = step * Vect{4, 4, 4, 4};
-        auto level_vect = splat(beg) + step * Vect{0, 1, 2, 3};
+        auto const step_vect = step * MemOp::load(VectCst::_cst_4444);
+        auto level_vect = splat(beg) + step * MemOp::load(VectCst::_cst_0123);
         for (; pos < nbr_spl - tail; pos += VECT_LEN) {
             Mode::put(dst, pos, op(level_vect, src.template get<Vect>(pos)...));
             level_vect = level_vect + step_vect;
