@@ -20,7 +20,8 @@ namespace {
 std::string rows(CodeTxt const* table) {
     std::string all;
     for (; table->txt != nullptr; ++table) {
-        all += (all.empty() ? "" : " ") + std::to_string(table->code) + ":" + table->txt;
+        all.append(all.empty() ? "" : " ").append(std::to_string(table->code));
+        all.append(":").append(table->txt);
     }
     EXPECT_EQ(0, table->code);
     return all;

@@ -245,3 +245,18 @@ TEST(SharedPtrTest, TheLastThreadDestroysOnce) {
         ASSERT_EQ(0, alive);
     }
 }
+
+TEST(SharedPtrTest, MakeLeavesNothingOverWhenItThrows) {
+    int alive = 0;
+    {
+        auto const ptr = SharedPtr<Obj>::make(alive);
+        EXPECT_EQ(1, alive);
+        EXPECT_EQ(1, *Words(ptr).count);
+    }
+    EXPECT_EQ(0, alive);
+    for (long fail_at = 0; fail_at < 2; ++fail_at) { // the object, the cell of the count
+        test::AllocFault fault(fail_at);
+        EXPECT_THROW(SharedPtr<Obj>::make(alive), std::bad_alloc);
+        EXPECT_EQ(0, alive);
+    }
+}

@@ -20,6 +20,9 @@ public:
     template <class U>
     SharedPtr(SharedPtr<U> const& other) noexcept; // real-time. U derives from T
     ~SharedPtr();
+    // Makes an object and its first pointer; nothing is left over when it throws.
+    template <class... Args>
+    static SharedPtr make(Args&&... args);
     // Does nothing if both hold the same object.
     SharedPtr& operator=(SharedPtr const& other) noexcept;
 

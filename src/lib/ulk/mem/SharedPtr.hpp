@@ -4,6 +4,9 @@
 #include "ulk/conc/RetryLoop.h"
 #include "ulk/sys/Interlocked.h"
 
+#include <memory>
+#include <utility>
+
 namespace ulk::mem {
 
 template <class T>
@@ -33,6 +36,15 @@ inline SharedPtr<T>::SharedPtr(SharedPtr<U> const& other) noexcept
 template <class T>
 inline SharedPtr<T>::~SharedPtr() {
     destroy_complete();
+}
+
+template <class T>
+template <class... Args>
+inline SharedPtr<T> SharedPtr<T>::make(Args&&... args) {
+    auto object = std::make_unique<T>(std::forward<Args>(args)...);
+    SharedPtr const ptr(object.get());
+    object.release();
+    return ptr;
 }
 
 template <class T>
