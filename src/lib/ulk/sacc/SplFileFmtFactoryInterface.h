@@ -1,19 +1,14 @@
 #pragma once
 
 #include "ulk/archi/types.h"
-
-namespace ulk::mem {
-template <class T>
-class SharedPtr;
-}
+#include "ulk/mem/SharedPtr.h"
+#include "ulk/sacc/SplFileFmtInterface.h"
 
 namespace ulk::sys {
 class File;
 }
 
 namespace ulk::sacc {
-
-class SplFileFmtInterface;
 
 // Recognises a file format and makes its objects. No locks.
 class SplFileFmtFactoryInterface {

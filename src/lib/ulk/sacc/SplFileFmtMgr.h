@@ -1,13 +1,10 @@
 #pragma once
 
 #include "ulk/archi/types.h"
+#include "ulk/mem/SharedPtr.h"
+#include "ulk/sacc/SplFileFmtInterface.h"
 
 #include <map>
-
-namespace ulk::mem {
-template <class T>
-class SharedPtr;
-}
 
 namespace ulk::sys {
 class File;
@@ -16,7 +13,6 @@ class File;
 namespace ulk::sacc {
 
 class SplFileFmtFactoryInterface;
-class SplFileFmtInterface;
 
 // The registry of format factories, which it does not own. No locks.
 class SplFileFmtMgr {

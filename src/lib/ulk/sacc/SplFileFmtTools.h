@@ -1,12 +1,9 @@
 #pragma once
 
 #include "ulk/archi/types.h"
+#include "ulk/mem/SharedPtr.h"
 #include "ulk/sacc/SplFileBitFmt.h"
-
-namespace ulk::mem {
-template <class T>
-class SharedPtr;
-}
+#include "ulk/sacc/SplFileFmtInterface.h"
 
 namespace ulk::sys {
 class File;
@@ -15,7 +12,6 @@ class File;
 namespace ulk::sacc {
 
 class SplFileExtData;
-class SplFileFmtInterface;
 class SplFileFmtMgr;
 
 // Helpers that file formats and their users share. No state, no locks.

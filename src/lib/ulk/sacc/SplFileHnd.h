@@ -76,8 +76,11 @@ public:
     int set_dates(sys::UtcTime const& creation, sys::UtcTime const& modification);
 
 private:
+    friend class SplFileMgrImpl; // lets go of the handles that outlive it
+
     SplFileMgrImpl& use_impl(char const* name) const;
-    int store_on_success(int ret_val, SplFileMgrImpl& impl, bool write_flag, bool creation_flag);
+    template <class F>
+    int attach(SplFileMgr& file_mgr, bool write_flag, bool creation_flag, F const& open_fnc);
 
     SplFileMgrImpl* _impl_ptr = nullptr; // null while closed
     bool _write_flag = false;

@@ -12,7 +12,8 @@ class SplFileFmtFactoryInterface;
 class SplFileMgrImpl;
 
 // The gate to sample files: however many handles (SplFileHnd) a file has, it is open once. WAV is
-// registered from the start. All handles have to be closed before their manager is destroyed.
+// registered from the start. A manager
+// that is destroyed closes what is still open, with lines in the log; its handles are closed then.
 //
 // The mutex puts all operations of all handles in a row, disk accesses included; none of this is
 // for the real-time thread. It must not be the background mutex of a cache that uses the manager:
