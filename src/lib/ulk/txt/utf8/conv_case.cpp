@@ -1,0 +1,121 @@
+#include "ulk/txt/utf8/utf8.h"
+
+#include "ulk/txt/unicode/CharData.h"
+#include "ulk/txt/utf8/Codec8.h"
+#include "ulk/txt/utf8/bounded_len.h"
+#include "ulk/udbg/log.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ulk::txt::utf8 {
+
+namespace {
+
+using unicode::CharData;
+
+constexpr std::size_t block_len = 32;
+
+struct ToUpper {
+    static long map(long c) { return CharData::to_upper(c); }
+    static constexpr char first = 'a';
+    static constexpr char last = 'z';
+
+    static void log_decode(std::size_t pos) {
+        ULK_LOG(ERROR, "conv_to_upper_case(): Cannot decode UTF-8 character at source index %1%.",
+                pos);
+    }
+    static void log_encode(std::size_t pos, unicode::Char c) {
+        ULK_LOG(ERROR,
+                "conv_to_upper_case(): Cannot encode character at source index %1% to UTF-8 "
+                "(val: 0x%2X%).",
+                pos, c);
+    }
+};
+
+struct ToLower {
+    static long map(long c) { return CharData::to_lower(c); }
+    static constexpr char first = 'A';
+    static constexpr char last = 'Z';
+
+    static void log_decode(std::size_t pos) {
+        ULK_LOG(ERROR, "conv_to_lower_case(): Cannot decode UTF-8 character at source index %1%.",
+                pos);
+    }
+    static void log_encode(std::size_t pos, unicode::Char c) {
+        ULK_LOG(ERROR,
+                "conv_to_lower_case(): Cannot encode character at source index %1% to UTF-8 "
+                "(val: 0x%2X%).",
+                pos, c);
+    }
+};
+
+// Maps block_len bytes; false if one of them is not ASCII.
+template <class Case>
+bool map_ascii_block(char* dst, char const* src) {
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < block_len; ++i) {
+        char const c = src[i];
+        all |= static_cast<unsigned char>(c);
+        dst[i] = static_cast<char>(c ^ (c >= Case::first && c <= Case::last ? 0x20 : 0));
+    }
+    return all < 128;
+}
+
+template <class Case>
+int append_char(std::string& dst, char const* src, std::size_t& pos) {
+    unicode::Char c;
+    int len;
+    int ret_val = Codec8::decode_char(c, src + pos, len);
+    if (ret_val != 0) {
+        Case::log_decode(pos);
+        return ret_val;
+    }
+    c = static_cast<unicode::Char>(Case::map(c));
+    char seq[Codec8::max_len];
+    int dst_len;
+    ret_val = Codec8::encode_char(seq, c, dst_len);
+    if (ret_val != 0) {
+        Case::log_encode(pos, c);
+    }
+    dst.append(seq, static_cast<std::size_t>(dst_len));
+    pos += static_cast<std::size_t>(len);
+    return ret_val;
+}
+
+template <class Case>
+int conv_case(std::string& dst, char const* src, std::size_t max_len) {
+    dst.clear();
+    std::size_t pos = 0;
+    while (pos < max_len && src[pos] != '\0') {
+        std::size_t const end = pos + bounded_len(src + pos, std::min(max_len - pos, chunk_len));
+        while (pos < end) {
+            char block[block_len];
+            if (end - pos >= block_len && map_ascii_block<Case>(block, src + pos)) {
+                dst.append(block, block_len);
+                pos += block_len;
+                continue;
+            }
+            std::size_t const block_end = std::min(pos + block_len, end);
+            while (pos < block_end) {
+                int const ret_val = append_char<Case>(dst, src, pos);
+                if (ret_val != 0) {
+                    return ret_val;
+                }
+            }
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+int conv_to_upper_case(std::string& dst, char const* src, std::size_t max_len) {
+    return conv_case<ToUpper>(dst, src, max_len);
+}
+
+int conv_to_lower_case(std::string& dst, char const* src, std::size_t max_len) {
+    return conv_case<ToLower>(dst, src, max_len);
+}
+
+} // namespace ulk::txt::utf8
