@@ -1,5 +1,6 @@
 #include "ulk/sys/UtcTime.h"
 
+#include "support/EnvScope.h"
 #include "ulk/sys/MacTimeFnc.h"
 #include "ulk/sys/UTCDateTime.h"
 #include "ulk/util/Date.h"
@@ -13,7 +14,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <stdlib.h>
 #include <time.h>
 
 using namespace ulk;
@@ -38,25 +38,6 @@ std::string print(Date const& date) {
     date.print(txt);
     return txt;
 }
-
-// The process's time zone, for the scope.
-class ZoneScope {
-public:
-    explicit ZoneScope(char const* zone) {
-        char const* const old = ::getenv("TZ");
-        _old = old != nullptr ? old : "";
-        _set_flag = old != nullptr;
-        ::setenv("TZ", zone, 1);
-    }
-    ~ZoneScope() {
-        _set_flag ? ::setenv("TZ", _old.c_str(), 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-
-private:
-    std::string _old;
-    bool _set_flag;
-};
 
 } // namespace
 
@@ -184,7 +165,7 @@ TEST(UtcTimeTest, SystemZoneIsTheEnvironments) {
          {std::tuple{"UTC0", "Tue Jan 01 00:26:40 2013", "Mon Jul 01 00:20:00 2013"},
           {"CET-1CEST,M3.5.0,M10.5.0/3", "Tue Jan 01 01:26:40 2013", "Mon Jul 01 02:20:00 2013"},
           {"XST4:30:10", "Mon Dec 31 19:56:30 2012", "Sun Jun 30 19:49:50 2013"}}) {
-        ZoneScope const scope(zone);
+        test::EnvScope const scope("TZ", zone);
         EXPECT_EQ(winter_txt, print(Date(winter, sys::TimeZoneType_SYSTEM)));
         EXPECT_EQ(summer_txt, print(Date(summer, sys::TimeZoneType_SYSTEM)));
         EXPECT_EQ("Mon Jul 01 00:20:00 2013", print(Date(summer, sys::TimeZoneType_UTC)));

@@ -1,6 +1,7 @@
 #include "ulk/sys/File.h"
 
 #include "ulk/sys/FileImpl.h"
+#include "ulk/sys/FileRef.h"
 
 namespace ulk::sys {
 
@@ -67,6 +68,10 @@ int File::get_modification_date(UtcTime& date) const {
 
 int File::set_modification_date(UtcTime const& date) {
     return _impl->set_modification_date(date);
+}
+
+int File::get_fileref(mem::SharedPtr<FileRef>& ref) const {
+    return _impl->get_fileref(ref);
 }
 
 bool File::exist(char const* pathname, int kind) {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "ulk/archi/types.h"
+#include "ulk/mem/SharedPtr.h"
 
 #include <memory>
 
 namespace ulk::sys {
 
 class FileImpl;
+class FileRef;
 class UtcTime;
 
 // A binary file with buffered access. Every operation that gives an int gives 0 or a negative code
@@ -54,6 +56,9 @@ public:
     int set_creation_date(UtcTime const& date);
     int get_modification_date(UtcTime& date) const;
     int set_modification_date(UtcTime const& date);
+
+    // A reference to the open file itself, which outlives its being closed or renamed.
+    int get_fileref(mem::SharedPtr<FileRef>& ref) const;
 
     // `kind` 1 asks for a file, 2 for a directory; anything else does not exist.
     static bool exist(char const* pathname, int kind);

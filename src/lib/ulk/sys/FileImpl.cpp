@@ -2,7 +2,9 @@
 
 #include "ulk/sys/Err.h"
 #include "ulk/sys/File.h"
+#include "ulk/sys/FileRefFactory.h"
 #include "ulk/sys/posix/FileDate.h"
+#include "ulk/sys/posix/FileNode.h"
 #include "ulk/sys/posix/SysCall.h"
 #include "ulk/udbg/log.h"
 
@@ -242,6 +244,22 @@ int FileImpl::set_modification_date(UtcTime const& date) {
                 _pathname.c_str(), err);
         return Err_FILE_SET_MODIFICATION_DATE;
     }
+    return 0;
+}
+
+int FileImpl::get_fileref(mem::SharedPtr<FileRef>& ref) const {
+    if (!check_open()) {
+        return Err_FILE_NOT_OPEN;
+    }
+    // Made from the descriptor: the path may name another file by now.
+    auto const result =
+        FileRefFactory::from_fsref(posix::FileNode::from_descriptor(_stream.get_descriptor()));
+    if (result.get() == nullptr) {
+        ULK_LOG(ERROR, "get_fileref(): Error for file \"%1%\" with flags %2rm8w0b%b.",
+                _pathname.c_str(), _flags);
+        return Err_FILE_GET_FILEREF;
+    }
+    ref = result;
     return 0;
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "ulk/archi/types.h"
+#include "ulk/mem/SharedPtr.h"
 #include "ulk/sys/posix/FileStream.h"
 
 #include <string>
 
 namespace ulk::sys {
 
+class FileRef;
 class UtcTime;
 
 // What stands behind a File: the same operations, with the same meaning.
@@ -29,6 +31,8 @@ public:
     int set_creation_date(UtcTime const& date);
     int get_modification_date(UtcTime& date) const;
     int set_modification_date(UtcTime const& date);
+
+    int get_fileref(mem::SharedPtr<FileRef>& ref) const;
 
     static bool exist(char const* pathname, int kind);
 

@@ -2,6 +2,8 @@
 
 #include "ulk/sys/UtcTime.h"
 #include "ulk/udbg/log.h"
+#include "ulk/util/BinaryStreamInput.h"
+#include "ulk/util/BinaryStreamOutputBase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -192,6 +194,38 @@ double Date::compute_duration_since(Date const& other) const {
     long const nbr_hours = nbr_days * hours_per_day + (long{_hour} - other._hour);
     long const nbr_min = nbr_hours * min_per_hour + (long{_minute} - other._minute);
     return static_cast<double>(nbr_min * sec_per_min) + (_second - other._second);
+}
+
+void Date::write(BinaryStreamOutputBase& stream) const {
+    stream.write(archi::Int32{_year});
+    stream.write(static_cast<archi::UByte>(_month));
+    stream.write(static_cast<archi::UByte>(_day));
+    stream.write(static_cast<archi::UByte>(_hour));
+    stream.write(static_cast<archi::UByte>(_minute));
+    stream.write(_second);
+}
+
+int Date::read(BinaryStreamInput& stream) {
+    auto const read_byte = [&](int& val, char const* err) {
+        archi::UByte byte = 0;
+        int const result = stream.read(byte, err);
+        val = result == 0 ? byte : val;
+        return result;
+    };
+    int result = stream.read(_year, "Date: Error while reading _year");
+    if (result == 0) {
+        result = read_byte(_month, "Date: Error while reading _month");
+    }
+    if (result == 0) {
+        result = read_byte(_day, "Date: Error while reading _day");
+    }
+    if (result == 0) {
+        result = read_byte(_hour, "Date: Error while reading _hour");
+    }
+    if (result == 0) {
+        result = read_byte(_minute, "Date: Error while reading _minute");
+    }
+    return result == 0 ? stream.read(_second, "Date: Error while reading _second") : result;
 }
 
 bool Date::is_bissextile_year(int year) {

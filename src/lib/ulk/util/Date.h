@@ -58,6 +58,11 @@ public:
     // In seconds, without leap seconds.
     double compute_duration_since(Date const& other) const;
 
+    // 16 bytes. read() gives 0 or the code of the first field that is missing, with those before
+    // it set.
+    void write(BinaryStreamOutputBase& stream) const;
+    int read(BinaryStreamInput& stream);
+
     static bool is_bissextile_year(int year);
     static int get_days_per_month(int year, int month); // 0 for months that don't exist
 

@@ -2,6 +2,7 @@
 
 #include "ulk/archi/types.h"
 #include <compare>
+#include <string>
 
 namespace ulk::sys::posix {
 
@@ -24,6 +25,20 @@ struct FileStat {
     bool birth_flag = false; // the file system keeps the time of birth
     bool directory_flag = false;
     bool read_only_flag = false; // immutable, or nobody may write
+};
+
+// What a file system calls a file, whatever its path.
+struct FileHandle {
+    int type = 0;
+    std::string bytes; // empty where the file system has no such names
+
+    friend bool operator==(FileHandle const&, FileHandle const&) = default;
+};
+
+struct DirEntry {
+    char const* name = nullptr;
+    archi::UInt64 inode = 0;
+    bool maybe_dir_flag = false; // a directory, or something of unknown kind
 };
 
 } // namespace ulk::sys::posix

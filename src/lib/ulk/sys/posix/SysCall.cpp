@@ -2,7 +2,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <string_view>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -50,8 +55,17 @@ auto run(SysCall::Op op, F call) {
     return run(op, 0, [&](long) { return call(); });
 }
 
+union HandleBuf {
+    file_handle head;
+    char bytes[sizeof(file_handle) + MAX_HANDLE_SZ];
+};
+
 TimeStamp conv_time(struct statx_timestamp const& ts) {
     return {ts.tv_sec, ts.tv_nsec};
+}
+
+std::string make_link(int fd) {
+    return "/proc/self/fd/" + std::to_string(fd);
 }
 
 int stat_any(int fd, char const* path, int flags, FileStat& info) {
@@ -141,13 +155,83 @@ int SysCall::set_modification_date(int fd, TimeStamp date) {
 }
 
 long SysCall::get_attribute(int fd, char const* name, void* data, long len) {
-    return run(Op_GET_ATTRIBUTE,
-               [=]() -> long { return ::fgetxattr(fd, name, data, static_cast<size_t>(len)); });
+    return run(Op_GET_ATTRIBUTE, [=]() -> long {
+        size_t const n = static_cast<size_t>(len);
+        long const result = ::fgetxattr(fd, name, data, n);
+        // Descriptors that only name a file have no attributes but through their link.
+        return result < 0 && errno == EBADF ? ::getxattr(make_link(fd).c_str(), name, data, n)
+                                            : result;
+    });
 }
 
 int SysCall::set_attribute(int fd, char const* name, void const* data, long len) {
     return run(Op_SET_ATTRIBUTE,
                [=] { return ::fsetxattr(fd, name, data, static_cast<size_t>(len), 0); });
+}
+
+int SysCall::get_path(int fd, std::string& path) {
+    char buf[PATH_MAX];
+    long const len = run(
+        Op_GET_PATH, [&]() -> long { return ::readlink(make_link(fd).c_str(), buf, sizeof(buf)); });
+    if (len < 0 || len == static_cast<long>(sizeof(buf))) {
+        errno = len < 0 ? errno : ENAMETOOLONG;
+        return -1;
+    }
+    path.assign(buf, static_cast<size_t>(len));
+    return 0;
+}
+
+int SysCall::get_handle(int fd, FileHandle& handle) {
+    HandleBuf buf;
+    buf.head.handle_bytes = MAX_HANDLE_SZ;
+    int mount_id = 0;
+    int const result = run(Op_GET_HANDLE, [&] {
+        return ::name_to_handle_at(fd, "", &buf.head, &mount_id, AT_EMPTY_PATH);
+    });
+    if (result == 0) {
+        handle.type = buf.head.handle_type;
+        handle.bytes.assign(buf.bytes + sizeof(file_handle), buf.head.handle_bytes);
+    }
+    return result;
+}
+
+int SysCall::open_handle(int mount_fd, FileHandle const& handle, int flags) {
+    HandleBuf buf;
+    size_t const len = handle.bytes.size();
+    if (len > MAX_HANDLE_SZ) {
+        errno = EINVAL;
+        return -1;
+    }
+    buf.head.handle_type = handle.type;
+    buf.head.handle_bytes = static_cast<unsigned int>(len);
+    std::memcpy(buf.bytes + sizeof(file_handle), handle.bytes.data(), len);
+    return run(Op_OPEN_HANDLE,
+               [&] { return ::open_by_handle_at(mount_fd, &buf.head, flags | O_CLOEXEC); });
+}
+
+int SysCall::list(int fd, std::function<bool(DirEntry const&)> const& fnc) {
+    // A stream of its own descriptor: the position of `fd` stays, and O_PATH descriptors will do.
+    int const list_fd = run(Op_LIST, [=] { return ::openat(fd, ".", O_DIRECTORY | O_CLOEXEC); });
+    if (list_fd < 0) {
+        return -1;
+    }
+    std::unique_ptr<DIR, int (*)(DIR*)> const dir(::fdopendir(list_fd), &::closedir);
+    if (dir == nullptr) {
+        ::close(list_fd);
+        return -1;
+    }
+    while (dirent const* const entry = ::readdir(dir.get())) {
+        std::string_view const name = entry->d_name;
+        bool const maybe_dir_flag = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+        if (name != "." && name != ".." && !fnc({entry->d_name, entry->d_ino, maybe_dir_flag})) {
+            break;
+        }
+    }
+    return 0;
+}
+
+int SysCall::make_dir(char const* path, unsigned int mode) {
+    return run(Op_MAKE_DIR, [=] { return ::mkdir(path, mode); });
 }
 
 } // namespace ulk::sys::posix

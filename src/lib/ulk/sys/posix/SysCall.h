@@ -3,6 +3,9 @@
 #include "ulk/archi/types.h"
 #include "ulk/sys/posix/FileStat.h"
 
+#include <functional>
+#include <string>
+
 namespace ulk::sys::posix {
 
 // The one way of the file layer to the kernel. The functions give what their system call gives, -1
@@ -22,6 +25,11 @@ public:
         Op_SET_DATE,
         Op_GET_ATTRIBUTE,
         Op_SET_ATTRIBUTE,
+        Op_GET_PATH,
+        Op_GET_HANDLE,
+        Op_OPEN_HANDLE,
+        Op_LIST,
+        Op_MAKE_DIR,
 
         Op_NBR_ELT
     };
@@ -63,9 +71,21 @@ public:
     static int stat(char const* path, FileStat& info);
     static int set_modification_date(int fd, TimeStamp date);
 
-    // Extended attributes; get gives the length read.
+    // Extended attributes, of descriptors of any kind to be read; get gives the length read.
     static long get_attribute(int fd, char const* name, void* data, long len);
     static int set_attribute(int fd, char const* name, void const* data, long len);
+
+    // The path of what the descriptor stands for, as the kernel knows it now.
+    static int get_path(int fd, std::string& path);
+
+    // The name that the file system itself gives to a file, never to be given to another; and a
+    // descriptor for it by any descriptor of that file system, where the process is permitted.
+    static int get_handle(int fd, FileHandle& handle);
+    static int open_handle(int mount_fd, FileHandle const& handle, int flags);
+
+    // Calls `fnc` for the entries of a directory, but not for "." and "..", until it gives false.
+    static int list(int fd, std::function<bool(DirEntry const&)> const& fnc);
+    static int make_dir(char const* path, unsigned int mode);
 };
 
 } // namespace ulk::sys::posix
