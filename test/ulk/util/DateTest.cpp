@@ -1,5 +1,8 @@
 #include "ulk/util/Date.h"
 
+#include "ulk/util/BinaryStreamInput.h"
+#include "ulk/util/BinaryStreamOutput.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -234,5 +237,31 @@ TEST(DateTest, AddingTimesIsAddingSeconds) {
                     b.get_hour() >= 0 && b.get_hour() < 24 && b.get_minute() >= 0 &&
                     b.get_minute() < 60 && b.get_second() >= 0 && b.get_second() < 60);
         ASSERT_EQ(print(b), print(Date(print(b).c_str())));
+    }
+}
+
+TEST(DateTest, SerialFormIsSixteenBytes) {
+    std::vector<unsigned char> bytes;
+    ulk::util::BinaryStreamOutput out(bytes);
+    Date(2013, 9, 23, 13, 5, 1.0).write(out);
+    std::vector<unsigned char> const expected = {0,    0,    7, 0xDD, 9, 23, 13, 5,
+                                                 0x3F, 0xF0, 0, 0,    0, 0,  0,  0};
+    EXPECT_EQ(expected, bytes);
+    ulk::util::BinaryStreamInput in(bytes);
+    Date d;
+    EXPECT_EQ(0, d.read(in));
+    EXPECT_TRUE(in.empty());
+    expect_date(d, 2013, 9, 23, 13, 5, 1.0);
+}
+
+TEST(DateTest, FieldsReadBeforeTheEndStaySet) {
+    std::vector<unsigned char> const bytes = {0xFF, 0xFF, 0xFF, 0xFE, 9, 23, 200, 5,
+                                              0x3F, 0xF0, 0,    0,    0, 0,  0,   0};
+    for (size_t len = 0; len < bytes.size(); ++len) {
+        ulk::util::BinaryStreamInput in(bytes.data(), len);
+        Date d(1, 2, 3, 4, 6, 8.0);
+        EXPECT_EQ(-3994, d.read(in)) << len;
+        expect_date(d, len < 4 ? 1 : -2, len < 5 ? 2 : 9, len < 6 ? 3 : 23, len < 7 ? 4 : 200,
+                    len < 8 ? 6 : 5, 8.0);
     }
 }
