@@ -52,6 +52,9 @@ double Ultraspherical::compute_c(long n, double mu, double x) {
 
 double Ultraspherical::compute_largest_zero_of_c(long n, double mu, double target,
                                                  double tolerance) {
+    if (n < 1) {
+        return 1; // a constant: no step would ever get smaller
+    }
     double const order = static_cast<double>(n);
     if (mu == 0) {
         return std::cos(std::numbers::pi / 2 / order);

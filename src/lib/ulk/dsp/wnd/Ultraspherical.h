@@ -20,12 +20,13 @@ public:
     static double compute_c(long n, double mu, double x);
 
     // Largest x with C_n(x) = target, by Newton's method until a step is below tolerance. For mu =
-    // 0 it is the largest zero of the Chebyshev polynomial, whatever the target. Nothing bounds the
-    // rounds: for mu below 0, or a tolerance that a double cannot reach, it may never return.
+    // 0 it is the largest zero of the Chebyshev polynomial, whatever the target; for n = 0, whose
+    // polynomial is constant, 1. Nothing bounds the rounds: for mu below 0, or a tolerance that a
+    // double cannot reach, it may never return.
     static double compute_largest_zero_of_c(long n, double mu, double target, double tolerance);
 
     // Height of the largest side lobe. The last argument has no effect. The same warning holds for
-    // mu below 0, here and below. A window of 2 has no side lobe: the result is not a number.
+    // mu below 0, here and below. A window of 2 has no side lobe, and gets the main one's 2 mu.
     static double compute_a(long nbr_spl, double mu, double unused);
     // x_mu for side lobes of ripple_ratio, that of the main lobe being 1.
     static double compute_x_mu_for_prescribed_ripple_ratio(long nbr_spl, double mu,
