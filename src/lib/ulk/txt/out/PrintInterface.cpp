@@ -1,0 +1,159 @@
+#include "ulk/txt/out/PrintInterface.h"
+
+#include "ulk/txt/out/ArgFloat.h"
+#include "ulk/txt/out/ArgInt.h"
+#include "ulk/txt/out/ArgString.h"
+#include "ulk/txt/out/Ascii.h"
+#include "ulk/txt/out/FmtInfo.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <cxxabi.h>
+
+namespace ulk::txt::out {
+
+PrintInterface& PrintInterface::print(char const* format) {
+    reset();
+    set_format(format);
+    return *this;
+}
+
+PrintInterface& PrintInterface::cat(char const* format) {
+    _nbr_received = 0;
+    _append_flag = true;
+    set_format(format);
+    return *this;
+}
+
+PrintInterface& PrintInterface::arg(void const* ptr, long p1, long p2, long p3, long p4) {
+    return push_int(static_cast<archi::Int64>(reinterpret_cast<std::uintptr_t>(ptr)), p1, p2, p3,
+                    p4);
+}
+
+void PrintInterface::reset() {
+    _format = nullptr;
+    _nbr_needed = 0;
+    _nbr_received = 0;
+    _append_flag = false;
+    _started_flag = false;
+    do_reset();
+}
+
+bool PrintInterface::is_truncated() const {
+    return do_is_truncated();
+}
+
+long PrintInterface::get_string_len() const {
+    return do_get_string_len();
+}
+
+void PrintInterface::set_format(char const* format) {
+    int const nbr_arg = format != nullptr ? find_nbr_arg(format) : -1;
+    if (nbr_arg < 0 || nbr_arg > MAX_NBR_ARG) {
+        reset();
+        return;
+    }
+    _format = format;
+    _nbr_needed = nbr_arg;
+    complete();
+}
+
+// The text is closed also when an argument throws, so that a buffer never lacks its terminator.
+void PrintInterface::write_all() {
+    if (!_started_flag || !_append_flag) {
+        print_begin();
+        _started_flag = true;
+    }
+    try {
+        write_format();
+    } catch (...) {
+        print_end();
+        throw;
+    }
+    print_end();
+}
+
+void PrintInterface::write_format() {
+    char const* cur = _format;
+    while (char const* const pct = std::strchr(cur, '%')) {
+        print_text(cur, pct - cur);
+        Reference ref;
+        cur = parse_reference(pct, ref);
+        if (ref.number > 0) {
+            write_arg(_arg_arr[ref.number - 1], ref.txt, ref.len);
+        } else if (ref.number < 0) {
+            print_text(ref.txt, ref.len);
+        }
+    }
+    print_text(cur, static_cast<long>(std::strlen(cur)));
+}
+
+void PrintInterface::write_arg(ArgInfo const& info, char const* opt, long opt_len) {
+    FmtInfo fmt;
+    if (fmt.parse_options(opt, opt_len, info.param_arr, 4) != 0) {
+        return;
+    }
+    switch (info.type) {
+    case Type_INT:
+        ArgInt(*this, fmt, info.val_int).print();
+        break;
+    case Type_FLOAT:
+        ArgFloat(*this, fmt, info.val_float).print();
+        break;
+    case Type_STRING:
+        ArgString(*this, fmt, static_cast<char const*>(info.ptr)).print();
+        break;
+    case Type_TYPE_NAME:
+        write_type_name(*static_cast<std::type_info const*>(info.ptr), fmt);
+        break;
+    }
+}
+
+// The runtime's demangler only writes to memory of its own.
+void PrintInterface::write_type_name(std::type_info const& type, FmtInfo const& fmt) {
+    constexpr std::size_t max_len = 8191;
+    char txt[max_len + 1];
+    char* const name = abi::__cxa_demangle(type.name(), nullptr, nullptr, nullptr);
+    std::size_t const len = name != nullptr ? std::strlen(name) : max_len + 1;
+    if (len <= max_len) {
+        std::memcpy(txt, name, len + 1);
+    }
+    std::free(name);
+    ArgString(*this, fmt, len <= max_len ? txt : type.name()).print();
+}
+
+// Highest number in the format, or -1 if it ends inside a reference
+int PrintInterface::find_nbr_arg(char const* format) {
+    int highest = 0;
+    char const* cur = format;
+    while (char const* const pct = std::strchr(cur, '%')) {
+        Reference ref;
+        cur = parse_reference(pct, ref);
+        if (cur == nullptr) {
+            return -1;
+        }
+        highest = std::max(highest, ref.number);
+    }
+    return highest;
+}
+
+// Gives the end of what begins at the "%", or null if the format stops inside.
+char const* PrintInterface::parse_reference(char const* pct, Reference& ref) {
+    char const* cur = pct + 1;
+    if (!Ascii::is_digit(*cur)) {
+        char const* const beg = *cur == '%' ? cur : pct;
+        ref = {-1, beg, cur + 1 - beg};
+        return *cur != '\0' ? cur + 1 : nullptr;
+    }
+    int number = 0;
+    for (; Ascii::is_digit(*cur); ++cur) {
+        number = std::min(number * 10 + (*cur - '0'), MAX_NBR_ARG + 1);
+    }
+    char const* const end = std::strchr(cur, '%');
+    ref = {number, cur, end - cur};
+    return end != nullptr ? end + 1 : nullptr;
+}
+
+} // namespace ulk::txt::out
