@@ -12,6 +12,7 @@ int run(int argc, char** argv) {
     tessitone::Context context;
     tessitone::add_plugins_command(app, context);
     tessitone::add_process_command(app, context);
+    tessitone::add_info_command(app, context);
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
