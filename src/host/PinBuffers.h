@@ -1,14 +1,14 @@
 #pragma once
 
+#include "host/ChannelPool.h"
 #include "ulk/kryn/PluginDsp.h"
 
-#include <memory>
 #include <vector>
 
 namespace ulk::host {
 
-// The sample buffers of all pins of one direction, each channel aligned to 16 bytes and cleared at
-// the start, with the array of PinData that PROCESS takes.
+// The sample buffers of all pins of one direction, each channel aligned and cleared at the start,
+// with the array of PinData that PROCESS takes.
 class PinBuffers {
 public:
     // chn_arr: channel count of each pin; max_len: longest block, in frames.
@@ -32,14 +32,10 @@ public:
     void clear_pin(long pin, long len); // zeros in all channels, state 1
 
 private:
-    struct Deleter {
-        void operator()(float* ptr) const;
-    };
-
     std::vector<long> _chn_arr;
     long _max_len;
-    std::unique_ptr<float[], Deleter> _data;
-    std::vector<float*> _ptr_arr; // channels of all pins, one pin after the other
+    ChannelPool _pool;
+    std::vector<std::vector<float*>> _ptr_arr; // by pin
     std::vector<kryn::PluginDsp::PinData> _pin_arr;
 };
 
