@@ -200,9 +200,11 @@ int BinaryStreamInput::report_outside(char const* err, char const* function, lon
 }
 
 // function and line are those of the operation that failed.
-void BinaryStreamInput::report(char const* err, char const*, long) {
+void BinaryStreamInput::report(char const* err, char const* function, long line) {
     if (err != nullptr) {
-        ULK_LOG(ERROR, "%1%", err);
+        static constexpr auto source = udbg::make_log_source(__FILE__, __DATE__);
+        udbg::write_log(&udbg::LogMgr::write, udbg::Debugger::Level_ERROR, source.txt, function,
+                        line, "%1%", err);
     }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ulk/ace/baplug/PluginDesc.h"
 #include "ulk/kryn/PluginDsp.h"
 #include "ulk/pibase/BidirComPoint.h"
 
@@ -36,7 +35,6 @@ private:
 
     pibase::BidirComPoint& _com;
     std::vector<int> _chn_arr; // channel count of each pin
-    PluginDesc _desc;
 };
 
 } // namespace ulk::ace::baplug

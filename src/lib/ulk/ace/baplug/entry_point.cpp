@@ -2,9 +2,24 @@
 
 #include "ulk/ace/Err.h"
 #include "ulk/ace/baplug/Factory.h"
+#include "ulk/udbg/LogMgr.h"
 #include "ulk/udbg/log.h"
 
 namespace ulk::ace::baplug {
+
+namespace {
+
+int install_log(void* data) {
+    try {
+        udbg::LogMgr::set_scope_crop("/src/");
+        udbg::LogMgr::create_as_plugin("baplug", reinterpret_cast<udbg::LogMgr::Callback>(data));
+        return Err_OK;
+    } catch (...) {
+        return Err_FAILURE;
+    }
+}
+
+} // namespace
 
 int create_factory(void* data) {
     try {
@@ -29,7 +44,7 @@ extern "C" [[gnu::visibility("default")]] ulk::archi::Int32 ulk_entry_point(ulk:
     case 1:
         return baplug::create_factory(data);
     case 2:
-        return Err_OK;
+        return baplug::install_log(data);
     default:
         ULK_LOG(WARNING, "ulk_entry_point(): Unknown or not implemented command %1%.", cmd);
         return Err_NOT_IMPLEMENTED;
