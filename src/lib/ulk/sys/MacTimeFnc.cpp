@@ -4,16 +4,12 @@
 #include "ulk/sys/UtcTime.h"
 #include "ulk/udbg/log.h"
 
-#include <chrono>
 #include <cmath>
 #include <limits>
 
 namespace ulk::sys {
 
 namespace {
-
-using Ticks = std::chrono::duration<archi::Int64, std::ratio<1, UtcTime::_ticks_per_sec>>;
-using Seconds = std::chrono::duration<archi::Int64>;
 
 constexpr archi::Int64 sec_per_day = 86400;
 constexpr archi::Int64 days_1601_2001 = 146097; // one whole cycle of the calendar
@@ -49,10 +45,8 @@ double MacTimeFnc_get_cf_absolute_time_offset() {
 
 // Seconds and fractions are kept apart: together they exceed the precision of a double.
 void MacTimeFnc::UtcTime_to_CFAbsoluteTime(double& at, UtcTime const& time) {
-    Ticks const ticks(time.get());
-    auto const sec = std::chrono::floor<Seconds>(ticks);
-    at = static_cast<double>(sec.count() - at_offset) +
-         static_cast<double>((ticks - sec).count()) / static_cast<double>(UtcTime::_ticks_per_sec);
+    at = static_cast<double>(time.get_whole_sec() - at_offset) +
+         time.get_sec_ticks() / static_cast<double>(UtcTime::_ticks_per_sec);
 }
 
 void MacTimeFnc::CFAbsoluteTime_to_UtcTime(UtcTime& time, double const& at) {
@@ -88,10 +82,8 @@ void MacTimeFnc::UtcTime_to_UTCDateTime(UTCDateTime& stamp, UtcTime const& time)
         ULK_LOG(ERROR, "UCConvertUTCDateTimeToCFAbsoluteTime failed with error %1%",
                 static_cast<int>(Conv_UNDERFLOW));
     }
-    Ticks const ticks(time.get());
-    auto const sec = std::chrono::floor<Seconds>(ticks);
-    stamp.sec = sec.count() - epoch_offset;
-    stamp.nsec = static_cast<archi::Int32>((ticks - sec).count() * nsec_per_tick);
+    stamp.sec = time.get_whole_sec() - epoch_offset;
+    stamp.nsec = static_cast<archi::Int32>(time.get_sec_ticks() * nsec_per_tick);
 }
 
 } // namespace ulk::sys

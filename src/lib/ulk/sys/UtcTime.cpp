@@ -24,8 +24,6 @@ constexpr int sec_per_day = sec_per_hour * hours_per_day;
 
 using Ticks = std::chrono::duration<archi::Int64, std::ratio<1, UtcTime::_ticks_per_sec>>;
 using Seconds = std::chrono::duration<archi::Int64>;
-
-constexpr Seconds epoch_sec(epoch_ticks / UtcTime::_ticks_per_sec);
 constexpr archi::Int64 max_minute = // the last one whose every tick can be counted
     (std::numeric_limits<archi::Int64>::max() - epoch_ticks) / UtcTime::_ticks_per_sec -
     sec_per_minute;
@@ -65,6 +63,15 @@ void UtcTime::get_current_time(UtcTime& time) {
     time.set(std::chrono::floor<Ticks>(now).count() + epoch_ticks);
 }
 
+archi::Int64 UtcTime::get_whole_sec() const {
+    return _ticks / _ticks_per_sec - (_ticks % _ticks_per_sec < 0 ? 1 : 0);
+}
+
+int UtcTime::get_sec_ticks() const {
+    archi::Int64 const rest = _ticks % _ticks_per_sec;
+    return static_cast<int>(rest < 0 ? rest + _ticks_per_sec : rest);
+}
+
 void UtcTime::conv_from_c_time(long c_time) {
     // In unsigned arithmetic, where seconds beyond the range of the ticks wrap instead of erring.
     _ticks = static_cast<archi::Int64>(static_cast<archi::UInt64>(c_time) * _ticks_per_sec +
@@ -84,9 +91,7 @@ int UtcTime::conv_to_c_time(long& c_time) const {
 }
 
 int UtcTime::conv_to_date(util::Date& date, TimeZoneType zone) const {
-    Ticks const ticks(_ticks);
-    Seconds const since_reference = std::chrono::floor<Seconds>(ticks);
-    Seconds sec = since_reference - epoch_sec;
+    Seconds sec(get_whole_sec() - epoch_ticks / _ticks_per_sec);
     archi::Int64 offset = 0;
     if (zone == TimeZoneType_SYSTEM && !posix::LocalTime::get_offset(offset, sec.count())) {
         return Err_TIME_INVALID_DATE;
@@ -99,10 +104,11 @@ int UtcTime::conv_to_date(util::Date& date, TimeZoneType zone) const {
     util::Date::make_date_w_nbr_days_from_christ(year, month, day,
                                                  static_cast<long>(nbr_days.count() + epoch_days));
     int const sec_of_day = static_cast<int>((sec - nbr_days).count());
-    Ticks const in_minute = Seconds(sec_of_day % sec_per_minute) + (ticks - since_reference);
+    archi::Int64 const minute_ticks =
+        sec_of_day % sec_per_minute * _ticks_per_sec + get_sec_ticks();
     date.set(year, month, day, sec_of_day / sec_per_hour,
              sec_of_day / sec_per_minute % min_per_hour,
-             static_cast<double>(in_minute.count()) / static_cast<double>(_ticks_per_sec));
+             static_cast<double>(minute_ticks) / static_cast<double>(_ticks_per_sec));
     return 0;
 }
 

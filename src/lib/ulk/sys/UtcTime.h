@@ -28,6 +28,10 @@ public:
     void set(archi::Int64 ticks) { _ticks = ticks; }
     bool is_valid() const { return _ticks >= 0; }
 
+    // The count in two parts: whole seconds, towards the past, and the ticks above them.
+    archi::Int64 get_whole_sec() const;
+    int get_sec_ticks() const;
+
     // Seconds since 1970. The way back gives 0, or Err_TIME_OUT_OF_C_RANGE and leaves `c_time` for
     // instants whose count does not fit in 32 unsigned bits.
     void conv_from_c_time(long c_time);
