@@ -37,7 +37,8 @@ public:
     // Makes the object invalid. The file stays open.
     void close() { do_close(); }
 
-    // [pos, pos + len) is not checked when reading; writing behind the end extends the file.
+    // [pos, pos + len) is not checked when reading; writing behind the end extends the file. What a
+    // failed reading leaves in dst is not told.
     int read_data(sys::File& file, float* dst, archi::Int64 pos, long len) {
         return do_read_data(file, dst, pos, len);
     }

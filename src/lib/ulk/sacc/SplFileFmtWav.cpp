@@ -9,6 +9,7 @@
 #include "ulk/udbg/log.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -284,9 +285,12 @@ void SplFileFmtWav::do_close() {
 
 int SplFileFmtWav::do_read_data(sys::File& file, float* dst, Int64 pos, long len) {
     try {
+        int ret_val = file.seek(compute_data_pos(pos));
+        if (ret_val == 0 && is_float_image()) {
+            return file.read(reinterpret_cast<UByte*>(dst), len * _block_align);
+        }
         auto const max_nbr_frames = std::min(len, _max_buf_len / _block_align);
         auto const buffer = make_buffer(max_nbr_frames);
-        int ret_val = file.seek(compute_data_pos(pos));
         while (len > 0 && ret_val == 0) {
             auto const nbr_frames = std::min(len, max_nbr_frames);
             ret_val = file.read(buffer.get(), nbr_frames * _block_align);
@@ -501,6 +505,13 @@ int SplFileFmtWav::write_header(sys::File& file) const {
     write_le(header + 34, static_cast<UInt32>(nbr_bytes) * 8, 2);
     copy_id(header + new_data_pos, _chunk_id_data);
     return write_at(file, 0, header, sizeof(header));
+}
+
+// True if the samples in the file are bit for bit the floats in memory, and need no way through a
+// buffer.
+bool SplFileFmtWav::is_float_image() const {
+    return _bit_fmt == SplFileBitFmt_F32 && _packed_flag &&
+           std::endian::native == std::endian::little;
 }
 
 // Padding is not written by the conversions, so it has to be zero from the start.

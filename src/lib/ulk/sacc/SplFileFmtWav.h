@@ -76,6 +76,7 @@ private:
     int check_ranges(int nbr_bits);
     int locate_data(sys::File& file);
     int write_header(sys::File& file) const;
+    bool is_float_image() const;
     std::unique_ptr<archi::UByte[]> make_buffer(long nbr_frames) const;
 
     archi::Int64 _len;      // frames; -1 while not valid
