@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cassert>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 
 namespace test {
 
@@ -61,7 +61,7 @@ public:
     BigNat& shift_left(int nbr_bits) {
         int const nbr_limbs = nbr_bits / 32;
         if (nbr_limbs > 0 && _len > 0) {
-            assert(_len + nbr_limbs <= max_len);
+            check_len(_len + nbr_limbs);
             std::memmove(_limb_arr + nbr_limbs, _limb_arr,
                          sizeof(_limb_arr[0]) * std::size_t(_len));
             std::memset(_limb_arr, 0, sizeof(_limb_arr[0]) * std::size_t(nbr_limbs));
@@ -78,6 +78,7 @@ public:
         for (int i = 0; i < other._len || (carry != 0 && i < _len); ++i) {
             carry += std::uint64_t(i < _len ? _limb_arr[i] : 0) +
                      (i < other._len ? other._limb_arr[i] : 0);
+            check_len(i + 1);
             _limb_arr[i] = static_cast<std::uint32_t>(carry);
             _len = i < _len ? _len : i + 1;
             carry >>= 32;
@@ -120,9 +121,14 @@ private:
     void copy_limbs(BigNat const& other) {
         std::memcpy(_limb_arr, other._limb_arr, sizeof(_limb_arr[0]) * std::size_t(_len));
     }
+    static void check_len(int len) {
+        if (len > max_len) {
+            throw std::length_error("BigNat");
+        }
+    }
     void push(std::uint32_t limb) {
         if (limb != 0) {
-            assert(_len < max_len);
+            check_len(_len + 1);
             _limb_arr[_len++] = limb;
         }
     }

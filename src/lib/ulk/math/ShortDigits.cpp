@@ -31,9 +31,14 @@ Parts split(double val) {
     return field == 0 ? Parts{frac, min_exp2} : Parts{frac | hidden_bit, field - 1 + min_exp2};
 }
 
-int bit_len(UInt128 val) {
+// The standard one has the type of its argument for a result.
+int bit_width(UInt64 val) {
+    return 64 - std::countl_zero(val);
+}
+
+int bit_width(UInt128 val) {
     auto const hi = static_cast<UInt64>(val >> 64);
-    return hi != 0 ? 64 + std::bit_width(hi) : std::bit_width(static_cast<UInt64>(val));
+    return hi != 0 ? 64 + bit_width(hi) : bit_width(static_cast<UInt64>(val));
 }
 
 UInt128 get_pow10(int p) {
@@ -108,7 +113,7 @@ Half make_half(int base, int power) {
 
 // The double nearest to mant * 2^exp2, ties to even, as bits. At least two bits go.
 UInt64 round_to_double(UInt128 mant, int exp2) {
-    int const drop = std::max(bit_len(mant) - 53, min_exp2 - exp2);
+    int const drop = std::max(bit_width(mant) - 53, min_exp2 - exp2);
     auto r = static_cast<UInt64>(mant >> drop);
     UInt128 const rest = mant & ((UInt128(1) << drop) - 1);
     UInt128 const middle = UInt128(1) << (drop - 1);
@@ -140,11 +145,11 @@ void ShortDigits::set_dec(UInt64 mant, int exp2) {
 
 // All bits of the mantissa are needed, and are enough.
 void ShortDigits::set_pow2(UInt64 mant, int exp2, int bits) {
-    int const top = exp2 + std::bit_width(mant) - 1;
+    int const top = exp2 + bit_width(mant) - 1;
     _exp = floor_div(top, bits);
     // The mantissa at the left end, behind the bits that the first digit does not use
     int const nbr_unused = bits - 1 - (top - _exp * bits);
-    UInt128 window = UInt128(mant) << (127 - nbr_unused - (std::bit_width(mant) - 1));
+    UInt128 window = UInt128(mant) << (127 - nbr_unused - (bit_width(mant) - 1));
     _beg = 0;
     _len = 0;
     while (window != 0) {
@@ -163,17 +168,16 @@ void ShortDigits::trim_zeros() {
 int ShortDigits::compute_exp(double val, int base) {
     auto const parts = split(val);
     if (base != 10) {
-        return floor_div(parts.exp2 + std::bit_width(parts.mant) - 1, log2_base(base));
+        return floor_div(parts.exp2 + bit_width(parts.mant) - 1, log2_base(base));
     }
     // The highest power of ten below the upper bound, which is high * 2^(exp2 - 1). High is odd
     // and above 1, so that its own highest bit lies strictly below it.
     UInt64 const high = 2 * parts.mant + 1;
-    int const top = parts.exp2 - 1 + std::bit_width(high) - 1;
+    int const top = parts.exp2 - 1 + bit_width(high) - 1;
     int const p = log10_floor(top) + 1;
     int const p_top = Pow10Table::log2_floor(p);
     bool const below =
-        p_top < top ||
-        (p_top == top && get_pow10(p) < UInt128(high) << (128 - std::bit_width(high)));
+        p_top < top || (p_top == top && get_pow10(p) < UInt128(high) << (128 - bit_width(high)));
     return below ? p : p - 1;
 }
 

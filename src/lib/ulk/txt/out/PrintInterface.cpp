@@ -1,5 +1,6 @@
 #include "ulk/txt/out/PrintInterface.h"
 
+#include "ulk/math/DecText.h"
 #include "ulk/txt/out/ArgFloat.h"
 #include "ulk/txt/out/ArgInt.h"
 #include "ulk/txt/out/ArgString.h"
@@ -13,6 +14,15 @@
 #include <cxxabi.h>
 
 namespace ulk::txt::out {
+
+namespace {
+
+// The next "%", or the end of the text
+char const* find_percent(char const* txt) {
+    return *txt == '%' ? txt : txt + std::strcspn(txt, "%");
+}
+
+} // namespace
 
 PrintInterface& PrintInterface::print(char const* format) {
     reset();
@@ -77,8 +87,12 @@ void PrintInterface::write_all() {
 
 void PrintInterface::write_format() {
     char const* cur = _format;
-    while (char const* const pct = std::strchr(cur, '%')) {
+    for (;;) {
+        char const* const pct = find_percent(cur);
         print_text(cur, pct - cur);
+        if (*pct == '\0') {
+            return;
+        }
         Reference ref;
         cur = parse_reference(pct, ref);
         if (ref.number > 0) {
@@ -87,10 +101,13 @@ void PrintInterface::write_format() {
             print_text(ref.txt, ref.len);
         }
     }
-    print_text(cur, static_cast<long>(std::strlen(cur)));
 }
 
 void PrintInterface::write_arg(ArgInfo const& info, char const* opt, long opt_len) {
+    if (opt_len == 0 && info.type == Type_INT) {
+        write_plain_int(info.val_int);
+        return;
+    }
     FmtInfo fmt;
     if (fmt.parse_options(opt, opt_len, info.param_arr, 4) != 0) {
         return;
@@ -111,6 +128,18 @@ void PrintInterface::write_arg(ArgInfo const& info, char const* opt, long opt_le
     }
 }
 
+// What ArgInt gives without options, at a fraction of the time: most log lines are made of these.
+void PrintInterface::write_plain_int(archi::Int64 val) {
+    char txt[1 + math::DecText::MAX_LEN];
+    char* const end = txt + sizeof(txt);
+    auto const bits = static_cast<archi::UInt64>(val);
+    char* cur = math::DecText::write_back(end, val < 0 ? 0 - bits : bits);
+    if (val < 0) {
+        *--cur = '-';
+    }
+    print_text(cur, end - cur);
+}
+
 // The runtime's demangler only writes to memory of its own.
 void PrintInterface::write_type_name(std::type_info const& type, FmtInfo const& fmt) {
     constexpr std::size_t max_len = 8191;
@@ -128,7 +157,11 @@ void PrintInterface::write_type_name(std::type_info const& type, FmtInfo const& 
 int PrintInterface::find_nbr_arg(char const* format) {
     int highest = 0;
     char const* cur = format;
-    while (char const* const pct = std::strchr(cur, '%')) {
+    for (;;) {
+        char const* const pct = find_percent(cur);
+        if (*pct == '\0') {
+            return highest;
+        }
         Reference ref;
         cur = parse_reference(pct, ref);
         if (cur == nullptr) {
@@ -136,7 +169,6 @@ int PrintInterface::find_nbr_arg(char const* format) {
         }
         highest = std::max(highest, ref.number);
     }
-    return highest;
 }
 
 // Gives the end of what begins at the "%", or null if the format stops inside.
@@ -151,9 +183,9 @@ char const* PrintInterface::parse_reference(char const* pct, Reference& ref) {
     for (; Ascii::is_digit(*cur); ++cur) {
         number = std::min(number * 10 + (*cur - '0'), MAX_NBR_ARG + 1);
     }
-    char const* const end = std::strchr(cur, '%');
+    char const* const end = find_percent(cur);
     ref = {number, cur, end - cur};
-    return end != nullptr ? end + 1 : nullptr;
+    return *end != '\0' ? end + 1 : nullptr;
 }
 
 } // namespace ulk::txt::out

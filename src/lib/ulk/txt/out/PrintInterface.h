@@ -149,6 +149,7 @@ private:
     void write_all();
     void write_format();
     void write_arg(ArgInfo const& info, char const* opt, long opt_len);
+    void write_plain_int(archi::Int64 val);
     void write_type_name(std::type_info const& type, FmtInfo const& fmt);
     static int find_nbr_arg(char const* format);
     static char const* parse_reference(char const* pct, Reference& ref);
