@@ -19,7 +19,7 @@ namespace {
 
 // The next "%", or the end of the text
 char const* find_percent(char const* txt) {
-    return *txt == '%' ? txt : txt + std::strcspn(txt, "%");
+    return *txt == '%' || *txt == '\0' ? txt : txt + std::strcspn(txt, "%");
 }
 
 } // namespace
@@ -60,7 +60,8 @@ long PrintInterface::get_string_len() const {
 }
 
 void PrintInterface::set_format(char const* format) {
-    int const nbr_arg = format != nullptr ? find_nbr_arg(format) : -1;
+    _first_percent = format != nullptr ? find_percent(format) : nullptr;
+    int const nbr_arg = format != nullptr ? find_nbr_arg(_first_percent) : -1;
     if (nbr_arg < 0 || nbr_arg > MAX_NBR_ARG) {
         reset();
         return;
@@ -87,14 +88,15 @@ void PrintInterface::write_all() {
 
 void PrintInterface::write_format() {
     char const* cur = _format;
+    char const* pct = _first_percent;
     for (;;) {
-        char const* const pct = find_percent(cur);
         print_text(cur, pct - cur);
         if (*pct == '\0') {
             return;
         }
         Reference ref;
         cur = parse_reference(pct, ref);
+        pct = find_percent(cur);
         if (ref.number > 0) {
             write_arg(_arg_arr[ref.number - 1], ref.txt, ref.len);
         } else if (ref.number < 0) {
@@ -153,22 +155,19 @@ void PrintInterface::write_type_name(std::type_info const& type, FmtInfo const& 
     ArgString(*this, fmt, len <= max_len ? txt : type.name()).print();
 }
 
-// Highest number in the format, or -1 if it ends inside a reference
-int PrintInterface::find_nbr_arg(char const* format) {
+// Highest number from the first "%" on, or -1 if the format ends inside a reference
+int PrintInterface::find_nbr_arg(char const* pct) {
     int highest = 0;
-    char const* cur = format;
-    for (;;) {
-        char const* const pct = find_percent(cur);
-        if (*pct == '\0') {
-            return highest;
-        }
+    while (*pct != '\0') {
         Reference ref;
-        cur = parse_reference(pct, ref);
-        if (cur == nullptr) {
+        char const* const end = parse_reference(pct, ref);
+        if (end == nullptr) {
             return -1;
         }
         highest = std::max(highest, ref.number);
+        pct = find_percent(end);
     }
+    return highest;
 }
 
 // Gives the end of what begins at the "%", or null if the format stops inside.

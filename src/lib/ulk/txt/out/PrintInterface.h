@@ -151,10 +151,11 @@ private:
     void write_arg(ArgInfo const& info, char const* opt, long opt_len);
     void write_plain_int(archi::Int64 val);
     void write_type_name(std::type_info const& type, FmtInfo const& fmt);
-    static int find_nbr_arg(char const* format);
+    static int find_nbr_arg(char const* pct);
     static char const* parse_reference(char const* pct, Reference& ref);
 
     char const* _format = nullptr;
+    char const* _first_percent = nullptr; // or the end of the format
     int _nbr_needed = 0;
     int _nbr_received = 0;
     bool _append_flag = false;
