@@ -80,7 +80,7 @@ void check_multi_prec(double val, int base) {
     int exp2 = 0;
     FloatMultiPrecPrint<4> gen;
     gen._value.from_dbl(val);
-    gen._mantissa_bits = std::bit_width(ExactDigits::split(val, exp2));
+    gen._mantissa_bits = long(std::bit_width(ExactDigits::split(val, exp2)));
     gen._base = base;
     gen.prepare();
     gen.start();

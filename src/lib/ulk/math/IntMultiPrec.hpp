@@ -75,7 +75,7 @@ template <int N>
 int IntMultiPrec<N>::find_top_bit() const {
     for (int i = N - 1; i >= 0; --i) {
         if (_limb_arr[i] != 0) {
-            return i * LIMB_BITS + std::bit_width(_limb_arr[i]) - 1;
+            return i * LIMB_BITS + int(std::bit_width(_limb_arr[i])) - 1;
         }
     }
     return -1;
