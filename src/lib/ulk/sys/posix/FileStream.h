@@ -51,7 +51,8 @@ public:
     int get_descriptor() const { return _fd; }
 
 private:
-    static constexpr long BUF_LEN = 16384; // bytes; longer transfers go past the buffer
+    static constexpr long BUF_LEN =
+        4096; // bytes; longer transfers go past the buffer, and a jump costs one filling
 
     int prepare_descriptor(int mode);
     void drop();
