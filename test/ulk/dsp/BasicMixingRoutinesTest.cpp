@@ -286,7 +286,7 @@ TEST_P(BasicMixingRoutinesTest, every_length_and_place) {
     }
     for (MixRoutine const& routine : list_routines(GetParam())) {
         for (long const len : len_list) {
-            unsigned const nbr_combi_max = len <= 9 ? 1024 : 16;
+            unsigned const nbr_combi_max = len <= 9 ? 64 : 16;
             for (int variant = 0; variant < NBR_VARIANTS; ++variant) {
                 MixArgs const args = draw_args(routine, len, variant);
                 MixModel const model(routine, args, is_vect(routine));

@@ -1,6 +1,6 @@
 // What a user of the tables relies on, told by hand; and both tables against each other.
 
-#include "MixModel.h"
+#include "GuardedArea.h"
 #include "MixRoutine.h"
 
 #include "ulk/dsp/BasicMixing.h"
@@ -12,6 +12,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
+#include <memory>
 #include <random>
 
 namespace {
@@ -290,20 +292,19 @@ protected:
 
     // A buffer for each pointer, filled from the seed; returns the destinations after the call.
     std::vector<float> run(MixRoutine const& routine, MixArgs args, unsigned seed) {
-        constexpr std::size_t area_len = 1024 * 8;
-        struct alignas(16) Area {
-            std::array<float, area_len> v;
-        };
-        std::vector<Area> area_list(routine.nbr_dst + routine.nbr_src);
+        auto const area_len = static_cast<std::size_t>(args.nbr_spl) * 8;
+        std::vector<std::unique_ptr<GuardedArea>> area_list;
         _rng.seed(seed);
-        for (std::size_t k = 0; k < area_list.size(); ++k) {
-            std::generate(area_list[k].v.begin(), area_list[k].v.end(), [this] { return draw(); });
-            (k < routine.nbr_dst ? args.dst : args.src).push_back(area_list[k].v.data());
+        for (std::size_t k = 0; k < routine.nbr_dst + routine.nbr_src; ++k) {
+            area_list.push_back(std::make_unique<GuardedArea>(area_len));
+            float* const beg = area_list.back()->use_beg();
+            std::generate_n(beg, area_len, [this] { return draw(); });
+            (k < routine.nbr_dst ? args.dst : args.src).push_back(beg);
         }
         routine.call(args);
         std::vector<float> result;
         for (std::size_t k = 0; k < routine.nbr_dst; ++k) {
-            result.insert(result.end(), area_list[k].v.begin(), area_list[k].v.end());
+            result.insert(result.end(), args.dst[k], args.dst[k] + area_len);
         }
         return result;
     }
@@ -370,6 +371,94 @@ TEST(BasicMixingScalarTest, ramp_is_a_chain_of_additions) {
         level += 0.1f;
     }
     EXPECT_TRUE(differs_flag);
+}
+
+// The scalar ramp against the plain chain of additions, where rounding is delicate.
+class BasicMixingRampTest : public testing::Test {
+protected:
+    void SetUp() override { BasicMixing::setup(); }
+
+    static void check(float a, float b, long len) {
+        std::vector<float> dst(static_cast<std::size_t>(len));
+        BasicMixing::fill_lr(dst.data(), len, a, b);
+        float const step = (b - a) / static_cast<float>(len);
+        float level = a;
+        for (std::size_t i = 0; i < dst.size(); ++i) {
+            ASSERT_TRUE(bits(dst[i]) == bits(level) || (std::isnan(level) && std::isnan(dst[i])))
+                << a << " to " << b << ", " << i << " of " << len;
+            level += step;
+        }
+    }
+    static std::uint32_t bits(float val) { return std::bit_cast<std::uint32_t>(val); }
+    float draw(int exponent_min, int exponent_max) {
+        float const mantissa = std::uniform_real_distribution<float>(-2.0f, 2.0f)(_rng);
+        return std::ldexp(mantissa,
+                          std::uniform_int_distribution<int>(exponent_min, exponent_max)(_rng));
+    }
+
+    std::mt19937 _rng{7};
+};
+
+TEST_F(BasicMixingRampTest, any_levels_of_any_size) {
+    for (int i = 0; i < 3000; ++i) {
+        check(draw(-3, 1), draw(-3, 1), 1 + static_cast<long>(_rng() % 2000));
+        check(draw(-30, 5), draw(-30, 5), 1 + static_cast<long>(_rng() % 500));
+        check(draw(-148, 126), draw(-148, 126), 1 + static_cast<long>(_rng() % 100));
+        float const a = draw(0, 0);
+        check(a, a + draw(-26, -18), 1 + static_cast<long>(_rng() % 1000));
+    }
+}
+
+TEST_F(BasicMixingRampTest, through_zero_and_to_zero) {
+    for (long len : {16, 64, 1000, 1024, 4096}) {
+        check(0.0f, 1.0f, len);
+        check(1.0f, 0.0f, len);
+        check(-0.0f, 1.0f, len);
+        check(1.0f, -1.0f, len);
+        check(-0.3f, 0.7f, len);
+        check(1e-30f, 0.0f, len);
+        check(1e-40f, 0.0f, len);
+    }
+}
+
+// Steps of an odd number of half distances: each sum lies midway between two floats.
+TEST_F(BasicMixingRampTest, steps_midway_between_two_floats) {
+    constexpr float distance = 0x1p-23f;
+    for (int odd = -101; odd <= 101; odd += 2) {
+        for (long const len : {64, 256, 1024}) {
+            for (int first = 0; first < 4; ++first) {
+                float const a = 1.5f + static_cast<float>(first) * distance;
+                float const b = a + static_cast<float>(odd * len) * distance / 2;
+                ASSERT_EQ((b - a) / static_cast<float>(len),
+                          static_cast<float>(odd) * distance / 2);
+                check(a, b, len);
+                check(-a, -b, len);
+            }
+        }
+    }
+}
+
+// From just below to just above a power of 2, where the distance of floats changes.
+TEST_F(BasicMixingRampTest, round_a_power_of_two) {
+    constexpr float distance = 0x1p-24f;
+    for (int below = -40; below <= 40; ++below) {
+        for (int above = -40; above <= 40; ++above) {
+            float const a = 1.0f + static_cast<float>(below) * distance;
+            float const b = 1.0f + static_cast<float>(above) * distance;
+            check(a, b, 40);
+            check(-a, -b, 33);
+        }
+    }
+}
+
+TEST_F(BasicMixingRampTest, infinite_levels) {
+    float const infinity = std::numeric_limits<float>::infinity();
+    check(infinity, 0.0f, 100);
+    check(0.0f, infinity, 100);
+    check(-infinity, infinity, 100);
+    check(std::numeric_limits<float>::max(), -std::numeric_limits<float>::max(), 100);
+    check(0.0f, std::numeric_limits<float>::max(), 100);
+    check(std::numeric_limits<float>::quiet_NaN(), 1.0f, 100);
 }
 
 } // namespace

@@ -52,7 +52,7 @@ public:
         a == b ? copy_1_1_v(d, s, n, a) : copy_1_1_vlr(d, s, n, a, b);
     }
 
-    static void copy_1_2(D d0, D d1, S s, long n) { plain<Copy>(To2{d0, d1}, n, From1{s}); }
+    static void copy_1_2(D d0, D d1, S s, long n) { copy_2_2(d0, d1, s, s, n); }
     static void copy_1_2_v(D d0, D d1, S s, long n, float v) {
         is_unity(v) ? copy_1_2(d0, d1, s, n) : level<Copy, Gain>(To2{d0, d1}, n, One{v}, From1{s});
     }
@@ -76,7 +76,12 @@ public:
     }
 
     static void copy_2_2(D d0, D d1, S s0, S s1, long n) {
-        plain<Copy>(To2{d0, d1}, n, From2{s0, s1});
+        if (n < MOVE_MIN) {
+            plain<Copy>(To2{d0, d1}, n, From2{s0, s1});
+        } else {
+            move(d0, s0, n);
+            move(d1, s1, n);
+        }
     }
     static void copy_2_2_v(D d0, D d1, S s0, S s1, long n, float v) {
         is_unity(v) ? copy_2_2(d0, d1, s0, s1, n)
@@ -310,7 +315,11 @@ public:
         each<Product>(To2{d0, d1}, n, To2{d0, d1}, From2{s0, s1});
     }
 
-    static void clear(D d, long n) { fill(d, n, 0.0f); }
+    static void clear(D d, long n) {
+        if (n > 0) {
+            std::memset(d, 0, static_cast<std::size_t>(n) * sizeof(float));
+        }
+    }
     static void fill(D d, long n, float v) { level<Copy, Fill>(To1{d}, n, One{v}); }
     static void fill_lr(D d, long n, float a, float b) {
         ramp<Copy, Fill>(To1{d}, n, One{a}, One{b});
@@ -351,6 +360,9 @@ private:
 
     // A scalar product by 1.0 is left out, so that every bit of the source comes through.
     static bool is_unity(float level) { return !VECT_FLAG && level == 1.0f; }
+
+    // From here on, two calls of the library's copy are faster than one loop.
+    static constexpr long MOVE_MIN = 48;
 
     static void move(D d, S s, long n) {
         if (n > 0) {

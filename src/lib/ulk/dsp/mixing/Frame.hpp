@@ -2,7 +2,7 @@
 
 #include "ulk/archi/Vect128MemOpAlign.h"
 
-#include <cstring>
+#include <algorithm>
 #include <type_traits>
 
 // What the block routines compute with: the channels of a frame, and buffers that give and take
@@ -72,6 +72,19 @@ One<V> sum(Two<V> x) {
 template <class V>
 One<V> sum(Four<V> x) {
     return {x.a + x.b + x.c + x.d};
+}
+
+template <class V>
+V least(One<V> x) {
+    return x.a;
+}
+template <class V>
+V least(Two<V> x) {
+    return std::min(x.a, x.b);
+}
+template <class V>
+V least(Four<V> x) {
+    return std::min({x.a, x.b, x.c, x.d});
 }
 
 template <class Frame>
