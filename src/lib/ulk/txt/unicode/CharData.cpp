@@ -10,18 +10,19 @@ bool is_line_end(LineBreakProp prop) {
     return prop == LineBreakProp_BK || prop == LineBreakProp_LF || prop == LineBreakProp_NL;
 }
 
-// A complex run ends at a space; the text before that then counts as letters.
-LineBreakProp find_state_at_space(LineBreakProp cls) {
-    return cls == LineBreakProp_SA ? LineBreakProp_AL : cls;
+bool is_in_table(LineBreakProp prop) {
+    return static_cast<unsigned>(prop) < LineBreakProp_NBR_TABLE;
 }
 
-// Row or column of the table; classes that no code point has count as letters.
-int find_table_pos(LineBreakProp prop) {
-    return prop >= 0 && prop < LineBreakProp_NBR_TABLE ? prop : LineBreakProp_AL;
+// What a class outside the table counts as when it meets one of the table.
+LineBreakProp find_table_class(LineBreakProp prop) {
+    return is_in_table(prop) ? prop : LineBreakProp_AL;
 }
 
 } // namespace
 
+// The search carries one class as its state, that of the character before the place, which a space
+// or a mark leaves as it is.
 unsigned long CharData::find_line_breaks(LineBreakAction* actions, LineBreakProp const* props,
                                          unsigned long len, ComplexFnc complex_fnc) {
     if (len == 0) {
@@ -29,28 +30,34 @@ unsigned long CharData::find_line_breaks(LineBreakAction* actions, LineBreakProp
     }
     LineBreakProp cls = props[0] == LineBreakProp_SP ? LineBreakProp_WJ : props[0];
     unsigned long pos = 1;
-    while (pos < len && !is_line_end(cls) &&
-           (cls != LineBreakProp_CR || props[pos] == LineBreakProp_LF)) {
+    while (pos < len) {
+        if (is_in_table(cls)) {
+            pos = find_table_breaks(cls, actions, props, pos, len);
+            if (pos == len) {
+                break;
+            }
+        }
         LineBreakProp const next = props[pos];
-        LineBreakAction& action = actions[pos - 1];
-        action = LineBreakAction_PROHIBITED;
-        if (next == LineBreakProp_SP) {
-            cls = find_state_at_space(cls);
-            ++pos;
-        } else if (is_line_end(next) || next == LineBreakProp_CR) {
+        if (is_line_end(cls) || (cls == LineBreakProp_CR && next != LineBreakProp_LF)) {
+            break;
+        }
+        LineBreakAction* const action = actions + pos - 1;
+        *action = LineBreakAction_PROHIBITED;
+        if (is_line_end(next) || next == LineBreakProp_CR) {
             cls = next;
             ++pos;
+        } else if (next == LineBreakProp_SP) {
+            cls = LineBreakProp_AL; // a complex run ends here, and counts as letters from now on
+            ++pos;
         } else if (cls == LineBreakProp_SA || next == LineBreakProp_SA) {
-            unsigned long const nbr = complex_fnc(cls, props + pos - 1, &action, len - pos + 1);
+            unsigned long const nbr = complex_fnc(cls, props + pos - 1, action, len - pos + 1);
             pos += std::clamp(nbr, 1UL, len - pos);
             LineBreakProp const last = props[pos - 1];
             cls = last == LineBreakProp_SP ? LineBreakProp_AL : last;
         } else {
-            bool const space_flag = props[pos - 1] == LineBreakProp_SP;
-            action = find_table_action(cls, next, space_flag);
-            if (next != LineBreakProp_CM || space_flag || action != LineBreakAction_PROHIBITED) {
-                cls = next; // else the mark goes with what it combines with
-            }
+            *action = find_table_action(find_table_class(cls), find_table_class(next),
+                                        props[pos - 1] == LineBreakProp_SP);
+            cls = find_table_class(next);
             ++pos;
         }
     }
@@ -58,13 +65,40 @@ unsigned long CharData::find_line_breaks(LineBreakAction* actions, LineBreakProp
     return pos;
 }
 
-LineBreakAction CharData::find_table_action(LineBreakProp cls, LineBreakProp next,
-                                            bool space_flag) {
-    LineBreakAction const action = _table_break_line[find_table_pos(cls)][find_table_pos(next)];
-    bool const conditional_flag = action == LineBreakAction_INDIRECT ||
-                                  action == LineBreakAction_COMBINING_INDIRECT ||
-                                  action == LineBreakAction_COMBINING_PROHIBITED;
-    return conditional_flag && !space_flag ? LineBreakAction_PROHIBITED : action;
+// The places from pos on, up to a character that is neither of the table nor a space. Spaces come
+// too often and too irregularly for a branch.
+unsigned long CharData::find_table_breaks(LineBreakProp& cls, LineBreakAction* actions,
+                                          LineBreakProp const* props, unsigned long pos,
+                                          unsigned long len) {
+    LineBreakProp state = cls;
+    bool after_space_flag = props[pos - 1] == LineBreakProp_SP;
+    for (; pos < len; ++pos) {
+        LineBreakProp const next = props[pos];
+        bool const space_flag = next == LineBreakProp_SP;
+        if (!is_in_table(next) && !space_flag) {
+            break;
+        }
+        int const column = space_flag ? 0 : next;
+        LineBreakAction const action =
+            find_table_action(state, static_cast<LineBreakProp>(column), after_space_flag);
+        actions[pos - 1] = space_flag ? LineBreakAction_PROHIBITED : action;
+        // A mark goes with what it combines with, as the rows of the table tell.
+        bool const mark_flag =
+            (next == LineBreakProp_CM) & !after_space_flag & (state != LineBreakProp_ZW);
+        state = (space_flag | mark_flag) ? state : next;
+        after_space_flag = space_flag;
+    }
+    cls = state;
+    return pos;
+}
+
+inline LineBreakAction CharData::find_table_action(LineBreakProp cls, LineBreakProp next,
+                                                   bool space_flag) {
+    LineBreakAction const action = _table_break_line[cls][next];
+    // 1 to 3 hold behind a space alone
+    bool const conditional_flag =
+        static_cast<unsigned>(action) - 1 < LineBreakAction_COMBINING_PROHIBITED;
+    return conditional_flag & !space_flag ? LineBreakAction_PROHIBITED : action;
 }
 
 unsigned long CharData::find_complex_line_breaks_default(LineBreakProp /*cls*/,

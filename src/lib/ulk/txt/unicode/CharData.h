@@ -78,7 +78,15 @@ public:
                                  unsigned long len);
 
 private:
-    // space_flag: next stands behind a space.
+    // Without a branch: in running text there is no telling which characters have a mapping.
+    static long choose(long mapped, long c) {
+        return mapped | (c & -static_cast<long>(mapped == 0));
+    }
+
+    static unsigned long find_table_breaks(LineBreakProp& cls, LineBreakAction* actions,
+                                           LineBreakProp const* props, unsigned long pos,
+                                           unsigned long len);
+    // Both of the table. space_flag: next stands behind a space.
     static LineBreakAction find_table_action(LineBreakProp cls, LineBreakProp next,
                                              bool space_flag);
 
@@ -128,18 +136,15 @@ inline BidiClass CharData::get_bidi_class(long c) {
 }
 
 inline long CharData::to_upper(long c) {
-    Char const mapped = use_info(c).upper;
-    return mapped != 0 ? mapped : c;
+    return choose(use_info(c).upper, c);
 }
 
 inline long CharData::to_lower(long c) {
-    Char const mapped = use_info(c).lower;
-    return mapped != 0 ? mapped : c;
+    return choose(use_info(c).lower, c);
 }
 
 inline long CharData::to_title(long c) {
-    Char const mapped = use_info(c).title;
-    return mapped != 0 ? mapped : c;
+    return choose(use_info(c).title, c);
 }
 
 inline bool CharData::is_grapheme_cluster_boundary(long c1, long c2) {

@@ -1,55 +1,12 @@
 #include "ulk/txt/utf8/Codec8.h"
 
+#include "ulk/txt/utf8/block_check.h"
 #include "ulk/txt/utf8/bounded_len.h"
 #include "ulk/udbg/log.h"
-
-#include <cstring>
 
 namespace ulk::txt::utf8 {
 
 namespace {
-
-constexpr int block_len = 64;
-constexpr int checked_len = block_len + 3;
-
-bool is_ascii_block(char const* src) {
-    unsigned long long word_arr[block_len / 8];
-    std::memcpy(word_arr, src, block_len);
-    unsigned long long all = 0;
-    for (unsigned long long const word : word_arr) {
-        all |= word;
-    }
-    return (all & 0x8080808080808080ULL) == 0;
-}
-
-// What may not stand at pos, given the three bytes before: a follow byte belongs exactly behind
-// the lead bytes that announce it. Without branches, so that the compiler makes vector code of it.
-unsigned is_fault(unsigned char b, unsigned char b1, unsigned char b2, unsigned char b3) {
-    unsigned const follow = (b & 0xC0) == 0x80;
-    unsigned const expected = (b1 >= 0xC0) | (b2 >= 0xE0) | (b3 >= 0xF0);
-    return (follow ^ expected) | ((b & 0xFE) == 0xC0) | (b >= 0xF5);
-}
-
-// src is at the start of a character. Tells if checked_len bytes hold no fault; the last character
-// may reach over their end.
-bool is_well_formed(char const* src) {
-    unsigned char byte_arr[checked_len];
-    std::memcpy(byte_arr, src, checked_len);
-    unsigned char const* const p = byte_arr;
-    unsigned fault =
-        is_fault(p[0], 0, 0, 0) | is_fault(p[1], p[0], 0, 0) | is_fault(p[2], p[1], p[0], 0);
-    unsigned char fault_v = 0;
-    for (int i = 3; i < checked_len; ++i) {
-        fault_v |= static_cast<unsigned char>(is_fault(p[i], p[i - 1], p[i - 2], p[i - 3]));
-    }
-    return (fault | fault_v) == 0;
-}
-
-// How many of the last bytes before end belong to a character that reaches over it.
-int count_open(char const* end) {
-    auto const lead = [end](int back) { return static_cast<unsigned char>(end[-back]); };
-    return lead(1) >= 0xC0 ? 1 : lead(2) >= 0xE0 ? 2 : lead(3) >= 0xF0 ? 3 : 0;
-}
 
 // From the start of a character on, past all blocks without fault: to the start of a character
 // with less than checked_len bytes, or a fault within them, ahead.
