@@ -26,37 +26,14 @@ char const* skip_well_formed(char const* src, char const* end) {
 
 } // namespace
 
-int Codec8::get_char_seq_len_ucs(int& len, unicode::Char c) {
+int Codec8::report_range(unicode::Char c) {
     if (c < 0) {
         ULK_LOG(ERROR, "get_char_seq_len_ucs(): character out of range (negative 0x%1X%)",
                 0U - static_cast<unsigned int>(c));
-        len = 0;
-        return Err_CHAR_OUT_OF_RANGE;
-    }
-    if (c > 0x10FFFF) {
+    } else {
         ULK_LOG(ERROR, "get_char_seq_len_ucs(): character out of range (0x%1X%)", c);
-        len = 0;
-        return Err_CHAR_OUT_OF_RANGE;
     }
-    len = 1 + (c > 0x7F) + (c > 0x7FF) + (c > 0xFFFF);
-    return 0;
-}
-
-int Codec8::encode_char(char* dst, unicode::Char c, int& len) {
-    int const ret_val = get_char_seq_len_ucs(len, c);
-    if (ret_val != 0) {
-        return ret_val;
-    }
-    if (len == 1) {
-        dst[0] = static_cast<char>(c);
-        return 0;
-    }
-    for (int pos = len - 1; pos > 0; --pos) {
-        dst[pos] = static_cast<char>(0x80 | (c & 63));
-        c >>= 6;
-    }
-    dst[0] = static_cast<char>((0xF00 >> len) | c);
-    return 0;
+    return Err_CHAR_OUT_OF_RANGE;
 }
 
 int Codec8::encode_char(char* dst, unicode::Char c) {
@@ -74,24 +51,11 @@ int Codec8::encode_char(std::string& dst, unicode::Char c) {
     return ret_val;
 }
 
-int Codec8::decode_sequence(unicode::Char& c, char const* src, int& len) {
-    c = 0;
-    int const ret_val = get_char_seq_len_utf(len, *src);
-    if (ret_val != 0) {
-        return ret_val;
-    }
-    c = static_cast<unsigned char>(*src) & (127 >> len);
-    for (int pos = 1; pos < len; ++pos) {
-        if (!is_valid_utf8_follow_byte(src[pos])) {
-            ULK_LOG(ERROR,
-                    "decode_char(): Byte index %1% of the %2%-byte UTF-8 sequence is invalid "
-                    "(0x%3X%).",
-                    pos, len, static_cast<unsigned int>(static_cast<unsigned char>(src[pos])));
-            return Err_INVALID_FOLLOW_BYTE;
-        }
-        c = c * 64 + (static_cast<unsigned char>(src[pos]) & 63);
-    }
-    return 0;
+int Codec8::report_follow_byte(char const* src, int pos, int len) {
+    ULK_LOG(ERROR,
+            "decode_char(): Byte index %1% of the %2%-byte UTF-8 sequence is invalid (0x%3X%).",
+            pos, len, static_cast<unsigned int>(static_cast<unsigned char>(src[pos])));
+    return Err_INVALID_FOLLOW_BYTE;
 }
 
 int Codec8::check_char_valid(char const* src) {

@@ -34,7 +34,11 @@ public:
     }
 
     // Bytes that c takes. Out of range: len is 0, Err_CHAR_OUT_OF_RANGE.
-    static int get_char_seq_len_ucs(int& len, unicode::Char c);
+    static int get_char_seq_len_ucs(int& len, unicode::Char c) {
+        bool const valid_flag = c >= 0 && c <= 0x10FFFF;
+        len = valid_flag ? 1 + (c > 0x7F) + (c > 0x7FF) + (c > 0xFFFF) : 0;
+        return valid_flag ? 0 : report_range(c);
+    }
 
     // Bytes that a lead byte announces. Refused: len is 1, Err_INVALID_LEAD_BYTE; logs nothing.
     static constexpr int get_char_seq_len_utf(int& len, char lead) {
@@ -48,7 +52,19 @@ public:
     }
 
     // Writes len bytes, and no terminator. On failure dst is untouched and len 0.
-    static int encode_char(char* dst, unicode::Char c, int& len);
+    static int encode_char(char* dst, unicode::Char c, int& len) {
+        int const ret_val = get_char_seq_len_ucs(len, c);
+        if (len == 1) {
+            dst[0] = static_cast<char>(c);
+        } else if (len > 1) {
+            for (int pos = len - 1; pos > 0; --pos) {
+                dst[pos] = static_cast<char>(0x80 | (c & 63));
+                c >>= 6;
+            }
+            dst[0] = static_cast<char>((0xF00 >> len) | c);
+        }
+        return ret_val;
+    }
     // The same with a terminator: dst has room for 5 bytes. On failure dst is empty.
     static int encode_char(char* dst, unicode::Char c);
     // dst becomes the one character, or empty on failure.
@@ -60,7 +76,22 @@ public:
     static int decode_char(unicode::Char& c, char const* src, int& len) {
         c = static_cast<unsigned char>(*src);
         len = 1;
-        return c < 128 ? 0 : decode_sequence(c, src, len);
+        if (c < 128) {
+            return 0;
+        }
+        c = 0;
+        int ret_val = get_char_seq_len_utf(len, *src);
+        if (ret_val == 0) {
+            c = static_cast<unsigned char>(*src) & (127 >> len);
+            for (int pos = 1; pos < len; ++pos) {
+                if (!is_valid_utf8_follow_byte(src[pos])) {
+                    ret_val = report_follow_byte(src, pos, len);
+                    break;
+                }
+                c = c * 64 + (static_cast<unsigned char>(src[pos]) & 63);
+            }
+        }
+        return ret_val;
     }
     static int decode_char(unicode::Char& c, char const* src) {
         int len;
@@ -75,7 +106,9 @@ public:
     static int check_string_valid(std::string const& src);
 
 private:
-    static int decode_sequence(unicode::Char& c, char const* src, int& len);
+    // Failures: they log, and give their code.
+    static int report_range(unicode::Char c);
+    static int report_follow_byte(char const* src, int pos, int len);
 };
 
 } // namespace ulk::txt::utf8

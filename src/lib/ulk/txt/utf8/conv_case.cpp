@@ -16,6 +16,12 @@ using unicode::CharData;
 
 constexpr std::size_t block_len = 32;
 
+// Characters are gathered before they go to the text: a block of them, each at its longest.
+struct Gather {
+    char bytes[block_len * Codec8::max_len];
+    std::size_t len = 0;
+};
+
 struct ToUpper {
     static long map(long c) { return CharData::to_upper(c); }
     static constexpr char first = 'a';
@@ -63,7 +69,7 @@ bool map_ascii_block(char* dst, char const* src) {
 }
 
 template <class Case>
-int append_char(std::string& dst, char const* src, std::size_t& pos) {
+int map_char(Gather& dst, char const* src, std::size_t& pos) {
     unicode::Char c;
     int len;
     int ret_val = Codec8::decode_char(c, src + pos, len);
@@ -72,14 +78,29 @@ int append_char(std::string& dst, char const* src, std::size_t& pos) {
         return ret_val;
     }
     c = static_cast<unicode::Char>(Case::map(c));
-    char seq[Codec8::max_len];
     int dst_len;
-    ret_val = Codec8::encode_char(seq, c, dst_len);
+    ret_val = Codec8::encode_char(dst.bytes + dst.len, c, dst_len);
     if (ret_val != 0) {
         Case::log_encode(pos, c);
     }
-    dst.append(seq, static_cast<std::size_t>(dst_len));
+    dst.len += static_cast<std::size_t>(dst_len);
     pos += static_cast<std::size_t>(len);
+    return ret_val;
+}
+
+// Maps the characters that start before end, with at most block_len bytes.
+template <class Case>
+int map_block(std::string& dst, char const* src, std::size_t& pos, std::size_t end) {
+    Gather mapped;
+    int ret_val = 0;
+    if (end - pos == block_len && map_ascii_block<Case>(mapped.bytes, src + pos)) {
+        mapped.len = block_len;
+        pos = end;
+    }
+    while (pos < end && ret_val == 0) {
+        ret_val = map_char<Case>(mapped, src, pos);
+    }
+    dst.append(mapped.bytes, mapped.len);
     return ret_val;
 }
 
@@ -90,18 +111,9 @@ int conv_case(std::string& dst, char const* src, std::size_t max_len) {
     while (pos < max_len && src[pos] != '\0') {
         std::size_t const end = pos + bounded_len(src + pos, std::min(max_len - pos, chunk_len));
         while (pos < end) {
-            char block[block_len];
-            if (end - pos >= block_len && map_ascii_block<Case>(block, src + pos)) {
-                dst.append(block, block_len);
-                pos += block_len;
-                continue;
-            }
-            std::size_t const block_end = std::min(pos + block_len, end);
-            while (pos < block_end) {
-                int const ret_val = append_char<Case>(dst, src, pos);
-                if (ret_val != 0) {
-                    return ret_val;
-                }
+            int const ret_val = map_block<Case>(dst, src, pos, std::min(pos + block_len, end));
+            if (ret_val != 0) {
+                return ret_val;
             }
         }
     }

@@ -1,6 +1,7 @@
 #include "ulk/txt/utf8/utf8.h"
 
 #include "ulk/txt/utf8/Codec8.h"
+#include "ulk/txt/utf8/block_check.h"
 #include "ulk/txt/utf8/bounded_len.h"
 
 #include <algorithm>
@@ -95,18 +96,28 @@ int encode_wstring(std::string& dst, std::wstring const& src) {
 }
 
 int decode_wstring(std::wstring& dst, char const* src) {
-    dst.clear();
-    while (*src != '\0') {
-        unicode::Char c;
-        int len;
-        int const ret_val = Codec8::decode_char(c, src, len);
-        if (ret_val != 0) {
-            return ret_val;
+    char const* const end = src + std::strlen(src);
+    dst.resize(static_cast<std::size_t>(end - src)); // no character takes less than a byte
+    wchar_t* out = dst.data();
+    int ret_val = 0;
+    while (src != end && ret_val == 0) {
+        if (end - src >= block_len && is_ascii_block(src)) {
+            out = std::copy_n(src, block_len, out);
+            src += block_len;
+            continue;
         }
-        dst += static_cast<wchar_t>(c);
-        src += len;
+        char const* const block_end = src + std::min<std::ptrdiff_t>(end - src, block_len);
+        while (src < block_end && ret_val == 0) {
+            unicode::Char c;
+            int len;
+            ret_val = Codec8::decode_char(c, src, len);
+            *out = static_cast<wchar_t>(c);
+            out += ret_val == 0;
+            src += len;
+        }
     }
-    return 0;
+    dst.resize(static_cast<std::size_t>(out - dst.data()));
+    return ret_val;
 }
 
 int decode_wstring(std::wstring& dst, std::string const& src) {
