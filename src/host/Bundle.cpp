@@ -1,6 +1,7 @@
 #include "host/Bundle.h"
 
 #include "host/Error.h"
+#include "host/Log.h"
 #include "host/PluginError.h"
 #include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
@@ -16,6 +17,7 @@ namespace ulk::host {
 namespace {
 
 constexpr int cmd_create_factory = 1;
+constexpr int cmd_install_log = 2;
 using EntryPoint = archi::Int32(archi::Int32 cmd, void* data);
 
 std::shared_ptr<sys::SharedLibrary const> load(std::string const& path) {
@@ -44,6 +46,7 @@ Bundle::Bundle(std::string const& path)
     if (entry_point == nullptr) {
         throw Error(Error::Kind_MATERIAL, path + ": no bundle: it exports no ulk_entry_point");
     }
+    entry_point(cmd_install_log, reinterpret_cast<void*>(&Log::receive));
     pibase::BidirComPoint* com = &_com;
     int const ret = entry_point(cmd_create_factory, &com);
     if (ret != ace::Err_OK) {

@@ -1,4 +1,5 @@
 #include "host/Error.h"
+#include "host/Log.h"
 #include "tessitone/Commands.h"
 
 #include <cstdio>
@@ -9,6 +10,10 @@ namespace {
 int run(int argc, char** argv) {
     CLI::App app("Play and process sound with a bundle of plug-ins", "tessitone");
     app.set_version_flag("--version", "tessitone " TESSITONE_VERSION);
+    app.fallthrough(); // --log may stand behind the subcommand too
+    app.add_option_function<std::string>("--log", &ulk::host::Log::keep_all,
+                                         "Write all log lines to this file")
+        ->type_name("FILE");
     tessitone::Context context;
     tessitone::add_plugins_command(app, context);
     tessitone::add_process_command(app, context);
@@ -28,10 +33,15 @@ int run(int argc, char** argv) {
     return 0;
 }
 
+struct LogFlush {
+    ~LogFlush() { ulk::host::Log::flush(); }
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
     try {
+        LogFlush const flush;
         return run(argc, argv);
     } catch (ulk::host::Error const& e) {
         std::fprintf(stderr, "tessitone: %s\n", e.what());
