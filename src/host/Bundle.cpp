@@ -62,6 +62,7 @@ Bundle::~Bundle() {
 }
 
 bool Bundle::can_instantiate(std::string const& id) {
+    Log::Quiet const quiet;
     pibase::BidirComPoint com = {&refuse_command, nullptr, nullptr, nullptr};
     kryn::PluginFactory::CmdFact::Instantiate rec = {id.c_str(), &com};
     int const cmd = kryn::PluginFactory::CmdFact::INSTANTIATE;
