@@ -10,7 +10,7 @@ namespace halfband {
 template <int NC>
 class Downsampler2xFpu {
 public:
-    static_assert(NC >= 2);
+    static_assert(NC >= 2 && NC % 2 == 0);
 
     // NC coefficients, all 0.0 until set. The memory stays.
     void set_coefs(double const* coef_arr);

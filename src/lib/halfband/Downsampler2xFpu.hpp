@@ -20,12 +20,16 @@ void Downsampler2xFpu<NC>::clear_buffers() {
 template <int NC>
 typename Downsampler2xFpu<NC>::Branches Downsampler2xFpu<NC>::process_pair(float s0, float s1) {
     float branch_arr[2] = {s1, s0};
-    for (int k = 0; k < NC; ++k) {
-        float const in = branch_arr[k & 1];
-        float const out = (in - _y[k]) * _coef[k] + _x[k];
-        _x[k] = in;
-        _y[k] = out;
-        branch_arr[k & 1] = out;
+    for (int k = 0; k < NC; k += 2) {
+        float out_arr[2];
+        for (int branch = 0; branch < 2; ++branch) { // side by side, as two lanes
+            int const pos = k + branch;
+            out_arr[branch] = (branch_arr[branch] - _y[pos]) * _coef[pos] + _x[pos];
+            _x[pos] = branch_arr[branch];
+            _y[pos] = out_arr[branch];
+        }
+        branch_arr[0] = out_arr[0];
+        branch_arr[1] = out_arr[1];
     }
     return {branch_arr[0], branch_arr[1]};
 }

@@ -1,41 +1,10 @@
 #include "ulk/dsp/FilterMoogSse.h"
 
-#include "ulk/math/CstSse.h"
-
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 namespace ulk::dsp {
-
-namespace {
-
-// Four lanes on any processor. Plain loops would do, but for GCC turning each limit into a branch
-// that loud signals make unpredictable.
-using Vect = float __attribute__((vector_size(16)));
-using Bits = int __attribute__((vector_size(16)));
-
-inline Vect load(float const* ptr) {
-    Vect val;
-    std::memcpy(&val, ptr, sizeof(val));
-    return val;
-}
-
-inline Vect limit(Vect val) {
-    Vect const one = load(math::CstSse::_one);
-    Vect const one_neg = load(math::CstSse::_one_neg);
-    val = val < one ? val : one;
-    return val > one_neg ? val : one_neg;
-}
-
-inline Vect get_abs(Vect val) {
-    return std::bit_cast<Vect>(std::bit_cast<Bits>(val) &
-                               std::bit_cast<Bits>(load(math::CstSse::_mask_abs)));
-}
-
-} // namespace
 
 FilterMoogSse::FilterMoogSse() {
     double const c = 1 / std::tan(std::numbers::pi * 1000 / 44100);
@@ -110,23 +79,22 @@ inline float FilterMoogSse::process_sample(float in) {
     _gain += (_gain_target - _gain) * _gain_smooth;
 
     // The constant is the value of the curve for a silent last stage.
-    Vect const stage = load(_stage);
-    Vect const t = limit(stage + 0.125f);
-    Vect const fb = t + (get_abs(t) - t * t) * t - 0.138671875f;
-    float const ladder_in = in - _feedback * fb[3];
+    float const t = std::clamp(_stage[3] + 0.125f, -1.0f, 1.0f);
+    float const fb = t + (std::fabs(t) - t * t) * t - 0.138671875f;
+    float const ladder_in = in - _feedback * fb;
 
-    Vect const over = stage - limit(stage);
-    Vect const clipped = stage - over * get_abs(over) * load(math::CstSse::_half);
+    float clipped[NBR_STAGES];
+    for (int i = 0; i < NBR_STAGES; ++i) {
+        float const over = _stage[i] - std::clamp(_stage[i], -1.0f, 1.0f);
+        clipped[i] = _stage[i] - over * std::fabs(over) * 0.5f;
+    }
 
-    // One store: four of them would hold up the next sample's load.
-    float const s0 = (ladder_in + _prev_in) * _stage_ff - _stage_fb * clipped[0];
-    float const s1 = (s0 + clipped[0]) * _stage_ff - _stage_fb * clipped[1];
-    float const s2 = (s1 + clipped[1]) * _stage_ff - _stage_fb * clipped[2];
-    float const s3 = (s2 + clipped[2]) * _stage_ff - _stage_fb * clipped[3];
-    Vect const result = {s0, s1, s2, s3};
-    std::memcpy(_stage, &result, sizeof(_stage));
+    _stage[0] = (ladder_in + _prev_in) * _stage_ff - _stage_fb * clipped[0];
+    for (int i = 1; i < NBR_STAGES; ++i) {
+        _stage[i] = (_stage[i - 1] + clipped[i - 1]) * _stage_ff - _stage_fb * clipped[i];
+    }
     _prev_in = ladder_in;
-    return s3 * _gain;
+    return _stage[3] * _gain;
 }
 
 } // namespace ulk::dsp

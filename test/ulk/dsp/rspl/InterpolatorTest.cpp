@@ -50,8 +50,8 @@ protected:
 
     float _src[3][100];
     float const* _src_arr[3] = {_src[0], _src[1], _src[2]};
-    float _dest[3][400];
-    float* _dest_arr[3] = {_dest[0], _dest[1], _dest[2]};
+    float _dest[3 * 400];
+    float* _dest_arr[3] = {_dest, _dest + 400, _dest + 800};
 };
 
 using Types = testing::Types<InterpolatorLerp, InterpolatorHermite43>;
@@ -79,7 +79,7 @@ TYPED_TEST(InterpolatorTest, FollowsTheModel) {
         FixedPoint const rate_beg(static_cast<int>(rnd() % 3), static_cast<unsigned>(rnd()));
         FixedPoint const step =
             FixedPoint::from_raw(static_cast<long long>(rnd()) >> (36 + rnd() % 20));
-        std::fill_n(this->_dest[0], 3 * 400, 9.0f);
+        std::fill_n(this->_dest, 3 * 400, 9.0f);
 
         itf.start(nbr_chn);
         FixedPoint pos = pos_beg;
@@ -96,7 +96,7 @@ TYPED_TEST(InterpolatorTest, FollowsTheModel) {
             }
             double const f = std::ldexp(static_cast<double>(p & 0xFFFFFFFF), -32);
             for (int chn = 0; chn < nbr_chn; ++chn) {
-                float& out = this->_dest[chn][dest_pos + nbr];
+                float& out = this->_dest_arr[chn][dest_pos + nbr];
                 ASSERT_NEAR(out, Trait<TypeParam>::compute(this->_src[chn] + index, f), 1e-6);
                 out = 9.0f;
             }
@@ -106,7 +106,7 @@ TYPED_TEST(InterpolatorTest, FollowsTheModel) {
         ASSERT_EQ(made, nbr);
         ASSERT_EQ(pos.get_raw(), p);
         ASSERT_EQ(rate.get_raw(), r);
-        ASSERT_EQ(std::count(this->_dest[0], this->_dest[0] + 3 * 400, 9.0f), 3 * 400);
+        ASSERT_EQ(std::count(this->_dest, this->_dest + 3 * 400, 9.0f), 3 * 400);
     }
 }
 
@@ -118,7 +118,7 @@ TYPED_TEST(InterpolatorTest, FractionOfZeroGivesTheFrame) {
     EXPECT_EQ(interp.process_block(this->_dest_arr, this->_src_arr, 0, pos, 400, 0, 100, rate, 0),
               101 - LEN);
     for (long i = 0; i < 101 - LEN; ++i) {
-        ASSERT_EQ(this->_dest[0][i], this->_src[0][i + LEN / 2 - 1]);
+        ASSERT_EQ(this->_dest_arr[0][i], this->_src[0][i + LEN / 2 - 1]);
     }
 }
 
