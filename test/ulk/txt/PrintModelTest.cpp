@@ -79,7 +79,8 @@ public:
         for (auto nbr = draw(4) + 1; nbr > 0; --nbr) {
             auto const kind = draw(60);
             txt += kind < 4 ? "text " : kind < 6 ? "%%" : kind == 6 ? "%z" : kind == 7 ? "%" : "";
-            txt += "%" + std::to_string(kind == 8 ? draw(70) : draw(3) + 1) + make_options() + "%";
+            txt += '%';
+            txt += std::to_string(kind == 8 ? draw(70) : draw(3) + 1) + make_options() + "%";
         }
         return txt;
     }
@@ -160,12 +161,12 @@ std::string describe(std::string const& format, std::vector<FormatModel::Arg> co
             std::snprintf(buf, sizeof(buf), " | %.17g", *val);
             txt += buf;
         } else if (auto const* const num = std::get_if<std::int64_t>(&arg.val)) {
-            txt += " | " + std::to_string(*num);
+            txt.append(" | ").append(std::to_string(*num));
         } else {
             txt += " | " + std::get<std::string>(arg.val);
         }
         for (long const param : arg.param_arr) {
-            txt += "," + std::to_string(param);
+            txt.append(1, ',').append(std::to_string(param));
         }
     }
     return txt;
