@@ -98,7 +98,7 @@ inline LineBreakAction CharData::find_table_action(LineBreakProp cls, LineBreakP
     // 1 to 3 hold behind a space alone
     bool const conditional_flag =
         static_cast<unsigned>(action) - 1 < LineBreakAction_COMBINING_PROHIBITED;
-    return conditional_flag & !space_flag ? LineBreakAction_PROHIBITED : action;
+    return (conditional_flag & !space_flag) ? LineBreakAction_PROHIBITED : action;
 }
 
 unsigned long CharData::find_complex_line_breaks_default(LineBreakProp /*cls*/,
