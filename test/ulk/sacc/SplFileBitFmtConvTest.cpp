@@ -356,9 +356,13 @@ TEST(SplFileBitFmtConvTest, StaysInsideItsBuffers) {
                 fmt.read(dst.data() + offset, src.data() + offset, n, 1);
                 for (std::size_t i = 0; i < dst.size(); ++i) {
                     bool const in_flag = i >= offset && i < offset + len;
-                    auto const* spl =
-                        &src[offset] + (i - offset) * static_cast<std::size_t>(fmt.size);
-                    ASSERT_EQ(in_flag ? static_cast<float>(decode(spl, fmt)) : 9.f, dst[i]);
+                    float const expected =
+                        in_flag
+                            ? static_cast<float>(decode(
+                                  &src[offset + (i - offset) * static_cast<std::size_t>(fmt.size)],
+                                  fmt))
+                            : 9.f;
+                    ASSERT_EQ(expected, dst[i]);
                 }
                 Floats floats(dst.begin() + static_cast<long>(offset),
                               dst.begin() + static_cast<long>(offset) + n);
@@ -552,7 +556,7 @@ TEST(SplFileBitFmtConvTest, FloatsAreScaledAndNotClippedWhenPadded) {
     Floats dst(4);
     Conv::conv_f32_to_n_generic(2, dst.data(), data.data(), 2, 2, 12, 0.5f);
     EXPECT_EQ((Floats{2, -6, 2e30f, 0.5f}), dst);
-    for (std::size_t const pos : {8, 9, 10, 11, 20, 21, 22, 23}) {
+    for (std::size_t const pos : {8U, 9U, 10U, 11U, 20U, 21U, 22U, 23U}) {
         EXPECT_EQ(0x11, data[pos]);
     }
 }

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <stdexcept>
 
@@ -95,7 +96,7 @@ TEST_F(SplFileFmtToolsTest, DetectsAndMakesTheFormat) {
 TEST_F(SplFileFmtToolsTest, ShowsTheHeaderWithZerosBehindTheEnd) {
     SpyFactory spy;
     _mgr.register_format_factory(0, spy);
-    for (std::size_t const len : {0, 1, 511, 512, 513, 2000}) {
+    for (std::size_t const len : {0U, 1U, 511U, 512U, 513U, 2000U}) {
         auto const content = make_bytes(len);
         open(content);
         EXPECT_EQ(Err_FORMAT_UNKNOWN, SplFileFmtTools::detect_format(_file, _ptr, _mgr));
@@ -111,7 +112,7 @@ TEST_F(SplFileFmtToolsTest, GivesNullForWhatItCannotTell) {
     open(test::make_riff({}));
     EXPECT_EQ(0, SplFileFmtTools::detect_format(_file, _ptr, _mgr));
     close();
-    for (std::size_t const len : {0, 100}) {
+    for (std::size_t const len : {0U, 100U}) {
         open(make_bytes(len));
         EXPECT_EQ(Err_FORMAT_UNKNOWN, SplFileFmtTools::detect_format(_file, _ptr, _mgr));
         EXPECT_EQ(nullptr, _ptr.get());

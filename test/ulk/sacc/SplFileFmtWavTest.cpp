@@ -15,6 +15,7 @@
 
 #include <bit>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <random>
 
@@ -170,8 +171,9 @@ TEST_F(SplFileFmtWavTest, KeepsAFrequencyThatNoHeaderHolds) {
         EXPECT_EQ(std::bit_cast<archi::Int64>(freq),
                   std::bit_cast<archi::Int64>(_wav.get_sample_freq()));
         auto const data = close();
-        EXPECT_EQ(stored, data[24] | data[25] << 8 | data[26] << 16 |
-                              static_cast<unsigned long>(data[27]) << 24);
+        Bytes expected;
+        test::append_le(expected, stored, 4);
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), data.begin() + 24)) << freq;
     }
 }
 

@@ -12,15 +12,17 @@ class SplFileFmtFactoryInterface;
 class SplFileMgrImpl;
 
 // The gate to sample files: however many handles (SplFileHnd) a file has, it is open once. WAV is
-// registered from the start. A manager
-// that is destroyed closes what is still open, with lines in the log; its handles are closed then.
+// registered from the start. A manager that is destroyed closes what is still open, with lines in
+// the log, and its handles with it.
 //
 // The mutex puts all operations of all handles in a row, disk accesses included; none of this is
-// for the real-time thread. It must not be the background mutex of a cache that uses the manager:
-// the cache holds that one while it calls here, and a mutex is not recursive.
+// for the real-time thread.
 class SplFileMgr {
 public:
-    explicit SplFileMgr(sys::Mutex& mutex); // not owned, has to outlive the manager
+    // The mutex is not owned and has to outlive the manager. It must be another one than the
+    // background mutex of a cache that uses the manager: the cache holds that one while it calls
+    // here, and taking a mutex twice blocks for ever.
+    explicit SplFileMgr(sys::Mutex& mutex);
     SplFileMgr(SplFileMgr const&) = delete;
     SplFileMgr& operator=(SplFileMgr const&) = delete;
     virtual ~SplFileMgr();
