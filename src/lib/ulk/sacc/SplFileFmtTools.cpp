@@ -7,8 +7,10 @@
 #include "ulk/sacc/SplFileFmtMgr.h"
 #include "ulk/sys/File.h"
 #include "ulk/udbg/log.h"
+#include "ulk/util/TraceTools.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace ulk::sacc {
@@ -56,9 +58,10 @@ int read_header(sys::File& file, UByte (&header)[header_len]) {
 }
 
 void log_unknown_format(UByte const (&header)[header_len]) {
-    char txt[128 + 1] = {};
-    static_cast<void>(header);
-    ULK_LOG(ERROR, "detect_format(): format is unknown: %1%", static_cast<char const*>(txt));
+    char txt[128 + 1];
+    std::fill(std::begin(txt), std::end(txt), ' '); // stays between the bytes
+    util::TraceTools::dump_mem_as_hex(txt, sizeof(txt), header, header_len);
+    ULK_LOG(ERROR, "detect_format(): format is unknown: %1%", txt);
 }
 
 int make_format(sys::File& file, mem::SharedPtr<SplFileFmtInterface>& fmt_ptr,
