@@ -11,10 +11,14 @@ namespace {
 thread_local bool active_flag = false;
 thread_local long count = 0;
 thread_local long fail_pos = -1;
+thread_local long nbr_bytes = 0;
 
 void* allocate(std::size_t size, std::size_t align) {
-    if (active_flag && count++ == fail_pos) {
-        throw std::bad_alloc();
+    if (active_flag) {
+        nbr_bytes += static_cast<long>(size);
+        if (count++ == fail_pos) {
+            throw std::bad_alloc();
+        }
     }
     std::size_t const rounded = (size + align - 1) / align * align;
     void* const ptr = align <= alignof(std::max_align_t)
@@ -31,6 +35,7 @@ void* allocate(std::size_t size, std::size_t align) {
 AllocFault::AllocFault(long fail_at) {
     count = 0;
     fail_pos = fail_at;
+    nbr_bytes = 0;
     active_flag = true;
 }
 
@@ -44,6 +49,10 @@ long AllocFault::get_count() const {
 
 bool AllocFault::has_failed() const {
     return fail_pos >= 0 && count > fail_pos;
+}
+
+long AllocFault::get_nbr_bytes() const {
+    return nbr_bytes;
 }
 
 } // namespace test

@@ -14,6 +14,7 @@ public:
 
     long get_count() const; // allocations seen so far, the failed one included
     bool has_failed() const;
+    long get_nbr_bytes() const; // asked for so far, freed ones included
 };
 
 } // namespace test

@@ -3,6 +3,7 @@
 #include "ulk/prout/ParamValList.h"
 
 #include "ulk/ace/Err.h"
+#include "ulk/prout/DescParamList.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,8 @@
 #include <string>
 
 using namespace ulk;
+using kryn::ParamScope_GLOBAL;
+using kryn::ParamScope_NOTE;
 using prout::ParamDescInterface;
 using prout::ParamDescList;
 using prout::ParamValList;
@@ -145,6 +148,48 @@ TEST(ParamDescListTest, TextConversionsRefuseAnIndexOutOfRange) {
         EXPECT_EQ(ace::Err_OUT_OF_RANGE, list.conv_param_nat_to_norm(index, 0.5, val));
         EXPECT_EQ(5.0, val);
     }
+}
+
+TEST(ParamDescListTest, CopyToDescCopiesEachField) {
+    ParamDescList list;
+    list.add_param(0, make_desc());
+    list.add_param(1, make_desc());
+    prout::DescParamList desc;
+    desc.set_nbr_param(ParamScope_NOTE, 5);
+    EXPECT_EQ(0, list.copy_to_desc(desc, ParamScope_NOTE));
+    EXPECT_EQ(2, desc.get_nbr_param(ParamScope_NOTE));
+    EXPECT_EQ(0, desc.get_nbr_param(ParamScope_GLOBAL));
+    auto const& param = desc.use_param(ParamScope_NOTE, 1);
+    EXPECT_EQ("Nm\nName", param.get_name());
+    EXPECT_EQ("Hz", param.get_unit());
+    EXPECT_EQ(3, param.get_flags());
+    EXPECT_EQ(1, param.get_dir());
+    EXPECT_EQ(5, param.get_type_use());
+    EXPECT_EQ(6, param.get_type_data());
+    EXPECT_EQ(7, param.get_validity());
+    EXPECT_EQ(1, param.get_domain_time());
+    EXPECT_EQ(0, param.get_domain_val());
+    EXPECT_EQ(0, param.get_public_range());
+    EXPECT_EQ(-2.5, param.get_range_min());
+    EXPECT_EQ(12.5, param.get_range_max());
+}
+
+TEST(ParamDescListTest, CopyToDescStopsAtTheFirstFailure) {
+    ParamDescList list;
+    list.add_param(0, make_desc());
+    list.add_param(1, make_desc(-77));
+    list.add_param(2, make_desc());
+    prout::DescParamList desc;
+    EXPECT_EQ(-77, list.copy_to_desc(desc, ParamScope_GLOBAL));
+    EXPECT_EQ(3, desc.get_nbr_param(ParamScope_GLOBAL));
+    EXPECT_EQ("Hz", desc.use_param(ParamScope_GLOBAL, 0).get_unit());
+    EXPECT_EQ("", desc.use_param(ParamScope_GLOBAL, 1).get_unit());
+    EXPECT_EQ("", desc.use_param(ParamScope_GLOBAL, 2).get_unit());
+
+    ParamDescList holes;
+    holes.add_param(1, make_desc());
+    EXPECT_EQ(ace::Err_DATA_NOT_AVAILABLE, holes.copy_to_desc(desc, ParamScope_NOTE));
+    EXPECT_EQ(2, desc.get_nbr_param(ParamScope_NOTE));
 }
 
 TEST(ParamValMgrTest, StartsUnbounded) {

@@ -1,5 +1,6 @@
 #include "ulk/ace/baplug/Bypass.h"
 
+#include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
 #include "ulk/ace/baplug/PinConfTools.h"
 #include "ulk/dsp/BasicMixingAlign.h"
@@ -13,8 +14,11 @@ namespace ulk::ace::baplug {
 
 Bypass::Bypass(pibase::BidirComPoint& com)
     : _com(com)
-    , _chn_arr(1, 2) {
+    , _chn_arr(1, 2)
+    , _desc(Constants::PLUGIN_ID_BYPASS) {
     dsp::BasicMixingAlign::setup();
+    _desc.use_pin_conf_list().add_conf(0x1, 0x1, 0, 0, "Mono");
+    _desc.use_pin_conf_list().add_conf(0x2, 0x2, 0, 0, "Stereo");
     _com.plugin_data = this;
     _com.plugin_execute = &execute_command_static;
 }
@@ -27,6 +31,8 @@ int Bypass::execute_command(int cmd, void* data) {
     switch (cmd) {
     case kryn::Component::Cmd::DESTROY:
         return destroy();
+    case kryn::Component::Cmd::DESCRIBE:
+        return _desc.describe(*static_cast<kryn::Component::Cmd::Describe*>(data));
     case CmdPlug::GET_PIN_CONF:
         return get_pin_conf(*static_cast<CmdPlug::GetPinConf*>(data));
     case CmdPlug::NEGOTIATE_PIN_CONF:

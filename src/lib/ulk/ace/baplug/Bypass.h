@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ulk/ace/baplug/PluginDesc.h"
 #include "ulk/kryn/PluginDsp.h"
 #include "ulk/pibase/BidirComPoint.h"
 
@@ -35,6 +36,7 @@ private:
 
     pibase::BidirComPoint& _com;
     std::vector<int> _chn_arr; // channel count of each pin
+    PluginDesc _desc;
 };
 
 } // namespace ulk::ace::baplug

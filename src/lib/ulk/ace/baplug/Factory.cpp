@@ -26,6 +26,12 @@ Factory::Factory(pibase::BidirComPoint& com)
     : _com(com) {
     _com.plugin_data = this;
     _com.plugin_execute = &execute_command_static;
+
+    _desc.add_desc_part(_desc_properties);
+    _desc.add_desc_part(_desc_plugin_list);
+    for (char const* plug_id : plug_id_arr) {
+        _desc_plugin_list.add_plugin(kryn::PluginFactory::PluginType_DSP, plug_id);
+    }
 }
 
 int Factory::execute_command_static(pibase::BidirComPoint* com, int cmd, void* data) {
@@ -36,6 +42,10 @@ int Factory::execute_command(int cmd, void* data) {
     switch (cmd) {
     case kryn::Component::Cmd::DESTROY:
         return destroy();
+    case kryn::Component::Cmd::DESCRIBE: {
+        auto& describe = *static_cast<kryn::Component::Cmd::Describe*>(data);
+        return _desc.conv_to_bin(describe.data, describe.len);
+    }
     case kryn::PluginFactory::CmdFact::INSTANTIATE:
         return instantiate(*static_cast<Instantiate*>(data));
     default:

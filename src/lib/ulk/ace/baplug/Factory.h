@@ -2,6 +2,9 @@
 
 #include "ulk/kryn/PluginFactory.h"
 #include "ulk/pibase/BidirComPoint.h"
+#include "ulk/prout/DescMain.h"
+#include "ulk/prout/DescPluginList.h"
+#include "ulk/prout/DescProperties.h"
 
 namespace ulk::ace::baplug {
 
@@ -26,6 +29,9 @@ private:
     int instantiate(Instantiate& cmd);
 
     pibase::BidirComPoint& _com;
+    prout::DescMain _desc;
+    prout::DescPluginList _desc_plugin_list;
+    prout::DescProperties _desc_properties; // none is set
 };
 
 } // namespace ulk::ace::baplug

@@ -22,14 +22,15 @@ int install_log(void* data) {
 } // namespace
 
 int create_factory(void* data) {
+    pibase::BidirComPoint& com = **static_cast<pibase::BidirComPoint**>(data);
     try {
         ULK_LOG(INFO, "create_factory(): Creating factory...");
-        pibase::BidirComPoint& com = **static_cast<pibase::BidirComPoint**>(data);
         com.plugin_execute = nullptr; // a failed creation leaves a point on which nobody listens
         new Factory(com);             // owned by the point, until DESTROY
         ULK_LOG(INFO, "create_factory(): Success.");
         return Err_OK;
     } catch (...) {
+        com.plugin_execute = nullptr; // the constructor may have got as far as to write it
         ULK_LOG(ERROR, "create_factory(): Failure.");
         return Err_FAILURE;
     }
