@@ -14,7 +14,8 @@ public:
     using ProcSamples = void (T::*)(long beg, long end); // frames beg to end - 1 of the block
     using ProcEvent = void (T::*)(kryn::PluginDsp::Event const& evt);
 
-    explicit ProcLoop(T& object) : _object_ptr(&object) {}
+    explicit ProcLoop(T& object)
+        : _object_ptr(&object) {}
     virtual ~ProcLoop() = default;
 
     // real-time. An event at nbr_spl is still served, those behind it are dropped. A block of no

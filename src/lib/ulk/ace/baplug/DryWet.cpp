@@ -2,6 +2,7 @@
 
 #include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
+#include "ulk/ace/baplug/ParamConvTools.h"
 #include "ulk/ace/baplug/ParamDryWet.h"
 #include "ulk/ace/baplug/ParamGain.h"
 #include "ulk/ace/baplug/PinConfTools.h"
@@ -15,19 +16,21 @@
 namespace ulk::ace::baplug {
 
 DryWet::DryWet(pibase::BidirComPoint& com)
-    : _com(com), _pin_state_arr(1, PinState{2, false}), _proc_loop(*this) {
+    : _com(com)
+    , _pin_state_arr(1, PinState{2, false})
+    , _desc(Constants::PLUGIN_ID_DRYWET)
+    , _proc_loop(*this) {
     dsp::BasicMixing::setup();
 
-    _desc.set_id(Constants::PLUGIN_ID_DRYWET);
-    _desc.add_conf(0x11, 0x1, "Mono");
-    _desc.add_conf(0x22, 0x2, "Stereo");
+    _desc.use_pin_conf_list().add_conf(0x11, 0x1, 0, 0, "Mono");
+    _desc.use_pin_conf_list().add_conf(0x22, 0x2, 0, 0, "Stereo");
 
     prout::ParamAdder adder;
     adder.set_desc_list(_param_desc_list);
     init_param_bypass(adder);
     init_param_drywet(adder);
     init_param_gain(adder);
-    _desc.add_params(_param_desc_list, kryn::ParamScope_GLOBAL);
+    _param_desc_list.copy_to_desc(_desc.use_param_list(), kryn::ParamScope_GLOBAL);
 
     for (ParamValMgrSmooth* param : _param_arr) {
         param->set_smooth_time(0.005);
@@ -37,18 +40,17 @@ DryWet::DryWet(pibase::BidirComPoint& com)
 }
 
 void DryWet::init_param_bypass(prout::ParamAdder& adder) {
-    using prout::ParamTplEnum;
-    adder.add_param(mem::SharedPtr<prout::ParamDescInterface>(
-                        new ParamTplEnum("Off\nOn", "Byp\nBypass", "", 0, "%1%")),
-                    Param_BYPASS, 0);
+    adder.add_param(
+        mem::SharedPtr<prout::ParamTplEnum>::make("Off\nOn", "Byp\nBypass", "", 0, "%1%"),
+        Param_BYPASS, 0);
 }
 
 void DryWet::init_param_drywet(prout::ParamAdder& adder) {
-    adder.add_param(mem::SharedPtr<prout::ParamDescInterface>(new ParamDryWet), Param_DRYWET, 0);
+    adder.add_param(mem::SharedPtr<ParamDryWet>::make(), Param_DRYWET, 0);
 }
 
 void DryWet::init_param_gain(prout::ParamAdder& adder) {
-    adder.add_param(mem::SharedPtr<prout::ParamDescInterface>(new ParamGain), Param_GAIN,
+    adder.add_param(mem::SharedPtr<ParamGain>::make(), Param_GAIN,
                     ParamGain::get_direct_default_norm_val());
 }
 

@@ -1,13 +1,9 @@
 #pragma once
 
 #include "ulk/ace/baplug/ParamValMgrSmooth.h"
+#include "ulk/ace/baplug/PluginDesc.h"
 #include "ulk/kryn/PluginDsp.h"
 #include "ulk/pibase/BidirComPoint.h"
-#include "ulk/prout/DescMain.h"
-#include "ulk/prout/DescParamList.h"
-#include "ulk/prout/DescPinConfList.h"
-#include "ulk/prout/DescProperties.h"
-#include "ulk/prout/DescUniqueId.h"
 #include "ulk/prout/ParamAdder.h"
 #include "ulk/prout/ParamDescList.h"
 #include "ulk/prout/ProcLoop.h"
@@ -92,11 +88,7 @@ private:
     // By parameter index, which is also the order in which they are bounded and ticked.
     ParamValMgrSmooth* const _param_arr[Param_NBR_ELT] = {&_param_bypass, &_param_drywet,
                                                           &_param_gain};
-    prout::DescMain _desc_main;
-    prout::DescProperties _desc_properties;
-    prout::DescUniqueId _desc_unique_id;
-    prout::DescParamList _desc_param_list;
-    prout::DescPinConfList _desc_pin_conf_list;
+    PluginDesc _desc;
     CmdPlug::Process* _proc_ptr = nullptr; // record being served, null outside PROCESS
     prout::ProcLoop<DryWet> _proc_loop;
 };

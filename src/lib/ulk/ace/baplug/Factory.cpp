@@ -3,6 +3,8 @@
 #include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
 #include "ulk/ace/baplug/Bypass.h"
+#include "ulk/ace/baplug/DryWet.h"
+#include "ulk/ace/baplug/InOut.h"
 #include "ulk/ace/baplug/PluginType.h"
 #include "ulk/kryn/Component.h"
 #include "ulk/pibase/Tools.h"
@@ -76,9 +78,17 @@ int Factory::instantiate(Instantiate& cmd) {
     int ret = Err_OK;
     try {
         pibase::BidirComPoint& com = *cmd.com_point;
-        switch (static_cast<PluginType>(pos - std::begin(plug_id_arr))) {
+        auto const type = static_cast<PluginType>(pos - std::begin(plug_id_arr));
+        switch (type) { // the host owns the instance, until DESTROY
+        case PluginType_AUDIO_INPUT:
+        case PluginType_AUDIO_OUTPUT:
+            new InOut(com, type);
+            break;
         case PluginType_BYPASS:
-            new Bypass(com); // owned by the host, until DESTROY
+            new Bypass(com);
+            break;
+        case PluginType_DRYWET:
+            new DryWet(com);
             break;
         default:
             ret = Err_FAILURE;

@@ -10,9 +10,11 @@
 
 namespace ulk::ace::baplug {
 
-InOut::InOut(pibase::BidirComPoint& com, PluginType type) : _type(type), _com(com) {
-    _desc.set_id(_type == PluginType_AUDIO_INPUT ? Constants::PLUGIN_ID_AUDIO_INPUT
-                                                 : Constants::PLUGIN_ID_AUDIO_OUTPUT);
+InOut::InOut(pibase::BidirComPoint& com, PluginType type)
+    : _type(type)
+    , _com(com)
+    , _desc(type == PluginType_AUDIO_INPUT ? Constants::PLUGIN_ID_AUDIO_INPUT
+                                           : Constants::PLUGIN_ID_AUDIO_OUTPUT) {
     add_pin_conf(0x2, "1 stereo");
     add_pin_conf(0x22, "2 stereo");
     add_pin_conf(0x222, "3 stereo");
@@ -40,7 +42,7 @@ kryn::PinDir InOut::get_main_pin_dir() const {
 
 void InOut::add_pin_conf(unsigned long long chn_mask, char const* name) {
     bool const in_flag = get_main_pin_dir() == kryn::PinDir_IN;
-    _desc.add_conf(in_flag ? chn_mask : 0, in_flag ? 0 : chn_mask, name);
+    _desc.use_pin_conf_list().add_conf(in_flag ? chn_mask : 0, in_flag ? 0 : chn_mask, 0, 0, name);
 }
 
 int InOut::execute_command_static(pibase::BidirComPoint* com, int cmd, void* data) {

@@ -22,8 +22,8 @@ double ParamSharedVol<MAX_VAL, BASE_L2>::conv_direct_nat_to_norm(double nat) {
     if (!(nat >= 0 && nat <= MAX_VAL)) {
         return 1;
     }
-    return static_cast<float>(
-        std::log(nat * (1.0 / MAX_VAL) * (std::exp(log_base) - 1) + 1) / log_base);
+    return static_cast<float>(std::log(nat * (1.0 / MAX_VAL) * (std::exp(log_base) - 1) + 1) /
+                              log_base);
 }
 
 template <int MAX_VAL, int BASE_L2>

@@ -21,10 +21,10 @@ public:
     bool is_smoothing() const { return _smooth_flag; }
     prout::ParamValMgr& use_mgr() { return _mgr; }
 
-    void set_val(double val);                                    // real-time; a jump
+    void set_val(double val);                                     // real-time; a jump
     void set_ramp(long ramp_len, double val_beg, double val_end); // real-time; 0 frames: a jump
-    void tick(long len);                                         // real-time; in frames
-    void clear_buffers();                                        // real-time; ends all at the target
+    void tick(long len);                                          // real-time; in frames
+    void clear_buffers(); // real-time; ends all at the target
 
     // real-time. Lowers len so that no change of slope of the effective value lies inside.
     void bound_len(long& len) const;
