@@ -142,7 +142,8 @@ TEST(FactoryTest, NullObjectAnswersDestroy) {
 
 TEST(FactoryTest, EveryFailedAllocationIsAnswered) {
     test::BundleInstance bundle;
-    for (char const* id : {Constants::PLUGIN_ID_AUDIO_INPUT, Constants::PLUGIN_ID_AUDIO_OUTPUT, Constants::PLUGIN_ID_BYPASS, Constants::PLUGIN_ID_DRYWET}) {
+    for (char const* id : {Constants::PLUGIN_ID_AUDIO_INPUT, Constants::PLUGIN_ID_AUDIO_OUTPUT,
+                           Constants::PLUGIN_ID_BYPASS, Constants::PLUGIN_ID_DRYWET}) {
         long nbr_fail = 0;
         for (long n = 0;; ++n) {
             test::Point point;
