@@ -66,7 +66,7 @@ int ParamDryWet::st_conv_from_str(char const* txt, double& norm) {
 int ParamDryWet::do_get_prop(Prop& prop) const {
     prop = Prop();
     prop.name = "Wet/Dry Mix";
-    prop.unit = "%";
+    prop.unit = '%';
     prop.val_min = do_get_val_min();
     prop.val_max = do_get_val_max();
     return Err_OK;
