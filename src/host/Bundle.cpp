@@ -1,15 +1,14 @@
 #include "host/Bundle.h"
 
+#include "host/DescribeCommand.h"
+#include "host/Description.h"
 #include "host/Error.h"
 #include "host/Log.h"
 #include "host/PluginError.h"
-#include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
 #include "ulk/archi/types.h"
 #include "ulk/kryn/Component.h"
-#include "ulk/kryn/PluginFactory.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace ulk::host {
@@ -61,24 +60,18 @@ Bundle::~Bundle() {
     _com.plugin_execute(&_com, kryn::Component::Cmd::DESTROY, nullptr);
 }
 
-bool Bundle::can_instantiate(std::string const& id) {
-    Log::Quiet const quiet;
-    pibase::BidirComPoint com = {&refuse_command, nullptr, nullptr, nullptr};
-    kryn::PluginFactory::CmdFact::Instantiate rec = {id.c_str(), &com};
-    int const cmd = kryn::PluginFactory::CmdFact::INSTANTIATE;
-    if (_com.plugin_execute(&_com, cmd, &rec) != ace::Err_OK) {
-        return false;
-    }
-    com.plugin_execute(&com, kryn::Component::Cmd::DESTROY, nullptr);
-    return true;
+std::vector<unsigned char> Bundle::describe() {
+    return DescribeCommand::run(_com, _path);
 }
 
 std::vector<std::string> Bundle::list_plugins() {
-    std::vector<std::string> list = {
-        ace::Constants::PLUGIN_ID_AUDIO_INPUT, ace::Constants::PLUGIN_ID_AUDIO_OUTPUT,
-        ace::Constants::PLUGIN_ID_TAPE, ace::Constants::PLUGIN_ID_BYPASS,
-        ace::Constants::PLUGIN_ID_DRYWET};
-    std::erase_if(list, [this](std::string const& id) { return !can_instantiate(id); });
+    auto const doc = describe();
+    Description const desc({reinterpret_cast<char const*>(doc.data()), doc.size()}, _path);
+    auto const& plugin_list = desc.use_plugin_list();
+    std::vector<std::string> list;
+    for (int index = 0; index < plugin_list.get_nbr_plugins(); ++index) {
+        list.push_back(plugin_list.get_plug_id(index));
+    }
     return list;
 }
 

@@ -24,9 +24,10 @@ public:
 
     std::string const& get_path() const { return _path; }
 
-    // Identifiers of the plug-ins that the factory can instantiate, in its order.
+    // The factory's description document.
+    std::vector<unsigned char> describe();
+    // Identifiers of the plug-ins that the factory offers, in its order. Throws an Error.
     std::vector<std::string> list_plugins();
-    bool can_instantiate(std::string const& id);
 
     // Throws an Error with the list of the known identifiers when id is unknown.
     std::unique_ptr<Plugin> instantiate(std::string const& id, HostInterface* host = nullptr);

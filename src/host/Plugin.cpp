@@ -1,6 +1,7 @@
 #include "host/Plugin.h"
 
 #include "host/ContractError.h"
+#include "host/DescribeCommand.h"
 #include "host/PluginError.h"
 #include "ulk/ace/Err.h"
 #include "ulk/kryn/Chk.h"
@@ -107,28 +108,7 @@ void Plugin::check_inactive(char const* what) const {
 }
 
 std::vector<unsigned char> Plugin::describe() {
-    // The protocol has no way to ask for the size: grow until the document fits.
-    constexpr int max_len = 1 << 26;
-    std::vector<unsigned char> doc(1024);
-    for (;;) {
-        kryn::Component::Cmd::Describe rec = {doc.data(), static_cast<int>(doc.size())};
-        int const ret = send(kryn::Component::Cmd::DESCRIBE, &rec);
-        if (ret == ace::Err_NO_ROOM && static_cast<int>(doc.size()) < max_len) {
-            doc.resize(doc.size() * 2);
-            continue;
-        }
-        if (ret == ace::Err_NOT_IMPLEMENTED) {
-            return {};
-        }
-        if (ret != ace::Err_OK) {
-            throw PluginError(_id, "DESCRIBE", ret);
-        }
-        if (rec.len < 0 || rec.len > static_cast<int>(doc.size())) {
-            blame_plugin(_id, "DESCRIBE returned a length beyond the capacity");
-        }
-        doc.resize(static_cast<std::size_t>(rec.len));
-        return doc;
-    }
+    return DescribeCommand::run(_com, _id);
 }
 
 void Plugin::init() {

@@ -74,6 +74,60 @@ TEST_F(CommandTest, ListsPlugins) {
     EXPECT_EQ("", outcome.err);
 }
 
+TEST_F(CommandTest, PluginsAreThoseOfTheDocument) {
+    EXPECT_EQ("Brevanto#TessitoneAudioInput\nBrevanto#TessitoneAudioOutput\n"
+              "Brevanto#TessitoneAudioTape\nBrevanto#TessitoneBypass\nBrevanto#TessitoneDryWet\n",
+              run("plugins").out);
+}
+
+TEST_F(CommandTest, DescribesThePlugInList) {
+    auto const outcome = run("describe");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    EXPECT_NE(std::string::npos, outcome.out.find("  dsp   Brevanto#TessitoneBypass\n"));
+    EXPECT_EQ(228u, run("describe --format bin").out.size());
+}
+
+TEST_F(CommandTest, DescribesAPlugInInEachForm) {
+    std::string const describe = "describe Brevanto#TessitoneBypass ";
+    EXPECT_EQ("Brevanto#TessitoneBypass\n\nProperties\n  ignore_transport_events  1\n\n"
+              "Pin configurations\n  #  Name  Input pins  Output pins\n"
+              "  0        mono        mono\n  1        stereo      stereo\n",
+              run(describe).out);
+    EXPECT_NE(
+        std::string::npos,
+        run(describe + "--format json").out.find("\"unique_id\": \"Brevanto#TessitoneBypass\""));
+    std::string const bin = run(describe + "--format bin").out;
+    std::string const xml = run(describe + "--format xml").out;
+    EXPECT_EQ(196u, bin.size());
+    EXPECT_EQ(0u, xml.find("<?xml"));
+
+    // Saved documents of either form come back whole.
+    EXPECT_EQ("", run(describe + "--format xml -o doc.xml").out);
+    EXPECT_EQ("", run(describe + "--format bin -o doc.bin").out);
+    EXPECT_EQ(xml, read_file(_folder + "/doc.xml"));
+    EXPECT_EQ(bin, read_file(_folder + "/doc.bin"));
+    for (char const* file : {"doc.xml", "doc.bin"}) {
+        std::string const from = std::string("describe --from ") + file;
+        EXPECT_EQ(run(describe).out, run(from).out);
+        EXPECT_EQ(bin, run(from + " --format bin").out);
+        EXPECT_EQ(xml, run(from + " --format xml").out);
+        EXPECT_EQ(run(describe + "--format json").out, run(from + " --format json").out);
+    }
+}
+
+TEST_F(CommandTest, DamagedDescriptionsAreRefused) {
+    for (char const* form : {"bin", "xml"}) {
+        run(std::string("describe --format ") + form + " -o doc");
+        std::string const doc = read_file(_folder + "/doc");
+        std::ofstream(_folder + "/cut", std::ios::binary) << doc.substr(0, doc.size() / 2);
+        auto const outcome = run("describe --from cut");
+        EXPECT_EQ(2, outcome.code);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_NE(std::string::npos, outcome.err.find("cut: reading the description failed"))
+            << outcome.err;
+    }
+}
+
 TEST_F(CommandTest, HelpAndVersion) {
     for (char const* args : {"--help", "process --help", "plugins --help", "--version"}) {
         auto const outcome = run(args);
@@ -126,4 +180,13 @@ INSTANTIATE_TEST_SUITE_P(
         SillyCase{"plugins --bundle none.so", 2, "none.so: no such bundle"},
         SillyCase{"plugins --bundle text.wav", 2, "text.wav: the bundle does not load"},
         SillyCase{"plugins --bundle folder", 2, "folder: no such bundle"},
+        SillyCase{"describe Nothing#AtAll", 1, "Nothing#AtAll: no such plug-in"},
+        SillyCase{"describe --format pdf", 1, "--format"},
+        SillyCase{"describe id --from text.wav", 1, "--from"},
+        SillyCase{"describe --from none.xml", 2, "none.xml: cannot be read"},
+        SillyCase{"describe --from folder", 2, "folder: cannot be read"},
+        SillyCase{"describe --from text.wav", 2, "text.wav: reading the description failed"},
+        SillyCase{"describe -o none/out", 4, "none/out: cannot be written"},
+        SillyCase{"describe -o /dev/full", 4, "/dev/full: cannot be written"},
+        SillyCase{"describe >/dev/full", 4, "writing to standard output failed"},
         SillyCase{"plugins >/dev/full", 4, "writing to standard output failed"}));

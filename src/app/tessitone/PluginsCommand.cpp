@@ -6,8 +6,7 @@
 namespace tessitone {
 
 void add_plugins_command(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("plugins", "List the plug-ins that a bundle can instantiate");
+    CLI::App* const command = app.add_subcommand("plugins", "List the plug-ins of a bundle");
     add_bundle_option(*command, context);
     command->callback([&context] {
         ulk::host::Bundle bundle(context.find_bundle());

@@ -16,6 +16,7 @@ int run(int argc, char** argv) {
         ->type_name("FILE");
     tessitone::Context context;
     tessitone::add_plugins_command(app, context);
+    tessitone::add_describe_command(app, context);
     tessitone::add_process_command(app, context);
     tessitone::add_info_command(app, context);
     try {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "ulk/pibase/BidirComPoint.h"
+
+#include <string>
+#include <vector>
+
+namespace ulk::host {
+
+// DESCRIBE on the point of a factory or of an instance. Control side; may run beside PROCESS.
+class DescribeCommand {
+public:
+    // The document; empty when the component has none. id: who is asked, for errors. Throws a
+    // PluginError, or a ContractError for a length beyond the capacity.
+    static std::vector<unsigned char> run(pibase::BidirComPoint& com, std::string const& id);
+};
+
+} // namespace ulk::host
