@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 using ulk::host::Bundle;
 using ulk::host::Error;
@@ -81,11 +82,13 @@ TEST(BundleTest, InstancesOutliveIt) {
     EXPECT_EQ((std::vector<long>{2}), plugin->get_pin_conf().in);
 }
 
-TEST(BundleTest, ListsWhatItCanInstantiate) {
+TEST(BundleTest, ListsWhatTheFactoryDescribes) {
     Bundle bundle(bundle_path);
-    for (auto const& id : bundle.list_plugins()) {
-        EXPECT_EQ(id, bundle.instantiate(id)->get_id());
-    }
+    EXPECT_EQ((std::vector<std::string>{
+                  "Brevanto#TessitoneAudioInput", "Brevanto#TessitoneAudioOutput",
+                  "Brevanto#TessitoneAudioTape", bypass_id, "Brevanto#TessitoneDryWet"}),
+              bundle.list_plugins());
+    EXPECT_EQ(228u, bundle.describe().size());
 }
 
 TEST(BundleTest, ErrorsNameTheFile) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -33,9 +34,12 @@ struct Subject {
 };
 
 std::string read_file(std::string const& path) {
+    std::string data;
     std::ifstream file(path, std::ios::binary);
-    std::string data{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad() || data.empty()) {
+    if (file.is_open() && !std::filesystem::is_directory(path)) {
+        data.assign(std::istreambuf_iterator<char>(file), {});
+    }
+    if (file.bad() || data.empty()) {
         throw Error(Error::Kind_MATERIAL, path + ": cannot be read, or is empty");
     }
     return data;
