@@ -26,12 +26,6 @@ constexpr char const* plug_id_arr[PluginType_NBR_ELT] = {
 
 Factory::Factory(pibase::BidirComPoint& com)
     : _com(com) {
-    _desc.add_desc_part(_desc_properties);
-    _desc.add_desc_part(_desc_plugin_list);
-    for (char const* plug_id : plug_id_arr) {
-        _desc_plugin_list.add_plugin(kryn::PluginFactory::PluginType_DSP, plug_id);
-    }
-    // Last: a factory that could not be built leaves the point as it was.
     _com.plugin_data = this;
     _com.plugin_execute = &execute_command_static;
 
