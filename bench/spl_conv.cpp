@@ -77,7 +77,7 @@ void write(benchmark::State& state, Coding const& coding) {
     run(state, [&] { coding.write(dst.data(), src.data(), nbr_spl, coding.nominal); });
 }
 
-void copy(benchmark::State& state) {
+void copy(benchmark::State& state, Coding const&) {
     auto const src = make_floats();
     std::vector<float> dst(nbr_spl);
     run(state, [&] { std::memcpy(dst.data(), src.data(), nbr_spl * sizeof(float)); });
@@ -149,14 +149,15 @@ int const registered = [] {
             benchmark::RegisterBenchmark((std::string(what) + coding.name).c_str(),
                                          [fnc, &coding](auto& state) { fnc(state, coding); });
         };
-        add("read/", read);
-        add("write/", write);
+        add("read/tessitone/", read);
+        add("write/tessitone/", write);
+        add("read/memcpy/", copy);
+        add("write/memcpy/", copy);
 #if __has_include(<sndfile.h>)
-        add("read_sndfile/", read_sndfile);
-        add("write_sndfile/", write_sndfile);
+        add("read/libsndfile/", read_sndfile);
+        add("write/libsndfile/", write_sndfile);
 #endif
     }
-    benchmark::RegisterBenchmark("copy", copy);
     return 0;
 }();
 

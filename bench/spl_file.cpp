@@ -127,11 +127,11 @@ int const registered = [] {
             benchmark::RegisterBenchmark((std::string(what) + name_list[coding]).c_str(),
                                          [fnc, coding](auto& state) { fnc(state, coding); });
         };
-        add("manager/", read_manager);
+        add("read_cell/tessitone/", read_manager);
 #if __has_include(<sndfile.h>)
-        add("sndfile/", read_sndfile);
+        add("read_cell/libsndfile/", read_sndfile);
 #endif
-        add("pread/", read_pread);
+        add("read_cell/pread/", read_pread);
     }
     return 0;
 }();

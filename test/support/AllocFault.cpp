@@ -81,3 +81,40 @@ void operator delete(void* ptr, std::align_val_t) noexcept {
 void operator delete(void* ptr, std::size_t, std::align_val_t) noexcept {
     std::free(ptr);
 }
+
+// The array forms as well: a sanitizer's runtime has its own, which would not be counted.
+void* operator new[](std::size_t size) {
+    return test::allocate(size, 1);
+}
+
+void* operator new[](std::size_t size, std::align_val_t align) {
+    return test::allocate(size, static_cast<std::size_t>(align));
+}
+
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
+    try {
+        return test::allocate(size, 1);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+void operator delete[](void* ptr) noexcept {
+    std::free(ptr);
+}
+
+void operator delete[](void* ptr, std::size_t) noexcept {
+    std::free(ptr);
+}
+
+void operator delete[](void* ptr, std::align_val_t) noexcept {
+    std::free(ptr);
+}
+
+void operator delete[](void* ptr, std::size_t, std::align_val_t) noexcept {
+    std::free(ptr);
+}
+
+void operator delete[](void* ptr, std::nothrow_t const&) noexcept {
+    std::free(ptr);
+}

@@ -407,10 +407,14 @@ TEST_F(SplFileFmtWavTest, OneAllocationABlock) {
     Floats floats(200000);
     {
         test::AllocFault const count;
-        EXPECT_EQ(0, _wav.read_data(_file, floats.data(), 0, 100000));
-        EXPECT_EQ(1, count.get_count());
-        EXPECT_EQ(0, _wav.write_data(_file, floats.data(), 0, 100000));
-        EXPECT_EQ(2, count.get_count());
+        int const read_err = _wav.read_data(_file, floats.data(), 0, 100000);
+        long const nbr_read = count.get_count();
+        int const write_err = _wav.write_data(_file, floats.data(), 0, 100000);
+        long const nbr_all = count.get_count();
+        EXPECT_EQ(0, read_err);
+        EXPECT_EQ(0, write_err);
+        EXPECT_EQ(1, nbr_read);
+        EXPECT_EQ(2, nbr_all);
     }
     {
         test::AllocFault const fault(0);
