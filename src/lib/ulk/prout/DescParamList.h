@@ -5,7 +5,6 @@
 #include "ulk/prout/DescInterface.h"
 #include "ulk/prout/DescParam.h"
 
-#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -36,7 +35,7 @@ protected:
 private:
     int read_scope(util::BinaryStreamInput& in, kryn::ParamScope scope);
 
-    std::array<std::vector<mem::SharedPtr<DescParam>>, kryn::ParamScope_NBR_ELT> _scope_arr;
+    std::vector<mem::SharedPtr<DescParam>> _scope_arr[kryn::ParamScope_NBR_ELT];
 };
 
 } // namespace ulk::prout

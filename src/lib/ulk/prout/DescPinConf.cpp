@@ -12,7 +12,8 @@ void DescPinConf::set_pins(unsigned long long chn_in, unsigned long long chn_out
                            int data_out) {
     conv_int_to_chn_list(_chn_list_arr[kryn::PinDir_IN], chn_in);
     conv_int_to_chn_list(_chn_list_arr[kryn::PinDir_OUT], chn_out);
-    _nbr_pins_data_arr = {data_in, data_out};
+    _nbr_pins_data_arr[kryn::PinDir_IN] = data_in;
+    _nbr_pins_data_arr[kryn::PinDir_OUT] = data_out;
 }
 
 void DescPinConf::set_name(std::string const& name) {
@@ -21,7 +22,7 @@ void DescPinConf::set_name(std::string const& name) {
 }
 
 bool DescPinConf::is_valid() const {
-    return std::all_of(_chn_list_arr.begin(), _chn_list_arr.end(), [](auto const& list) {
+    return std::all_of(std::begin(_chn_list_arr), std::end(_chn_list_arr), [](auto const& list) {
         return std::all_of(list.begin(), list.end(), [](int nbr_chn) { return nbr_chn > 0; });
     });
 }

@@ -4,7 +4,6 @@
 #include "ulk/util/BinaryStreamInput.h"
 #include "ulk/util/BinaryStreamOutputBase.h"
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -56,8 +55,8 @@ public:
 private:
     std::string _name;
     bool _name_flag = false;
-    std::array<std::vector<int>, kryn::PinDir_NBR_ELT> _chn_list_arr;
-    std::array<int, kryn::PinDir_NBR_ELT> _nbr_pins_data_arr = {};
+    std::vector<int> _chn_list_arr[kryn::PinDir_NBR_ELT];
+    int _nbr_pins_data_arr[kryn::PinDir_NBR_ELT] = {};
 };
 
 } // namespace ulk::prout
