@@ -30,7 +30,7 @@ int SplCache::set_memory(long normal_len, long rec_len, long cell_len) {
     }
     _mem_pool.clear();
     int const ret = add_memory_internal(normal_len, rec_len, cell_len);
-    if (ret == 0) {
+    if (ret == 0 && cell_len >= 1) {
         _cell_len = cell_len;
     }
     return ret;

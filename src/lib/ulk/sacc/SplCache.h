@@ -49,12 +49,13 @@ public:
     SplCache& operator=(SplCache const&) = delete;
 
     // Throws all cells away and makes new ones of cell_len floats; no file may be open. What does
-    // not make a whole cell is unused. A failure leaves the cache empty.
+    // not make a whole cell is unused. A failure leaves the cache empty, as does a cell_len below
+    // 1, and the former cell length stands.
     int set_memory(long normal_len, long rec_len, long cell_len);
     int add_memory(long normal_len, long rec_len); // at the present cell length
 
-    // An existing file. file_id is touched on success alone. Err_OUT_OF_RANGE for a file whose
-    // frame does not fit a cell.
+    // An existing file. file_id is not touched when the file cannot be opened. Err_OUT_OF_RANGE for
+    // a file whose frame does not fit a cell.
     int open_file(SplCacheFileId& file_id, char const* pathname, bool write_flag);
     // A file for recording through push_data(); to be read, it is closed and opened again.
     int create_file_new(SplCacheFileId& file_id, char const* pathname, SplFileFmtDesc const& fmt);
@@ -104,6 +105,8 @@ protected:
     int do_push_data(SplCacheFileId file_id, long len, SplCacheIteratorWrite& it) override;
 
 private:
+    friend class SplCacheProbe; // shows the inside to the tests
+
     using DescPtr = SplCacheFilePool::DescPtr;
     using CellVect = SplCacheCellList::CellVect;
 
