@@ -12,7 +12,7 @@ void FloatMultiPrecPrint<N>::prepare() {
     _high_bound += _value;
     _low_bound = _high_bound;
     _high_bound += ulp;
-    if (_mantissa_bits == 1) { // the smallest denormal
+    if (_mantissa_bits == 1 && !is_below(ulp, _value)) { // the smallest denormal
         ulp.scale2_int(-1);
     }
     _low_bound -= ulp;

@@ -151,20 +151,26 @@ void ArgFloat::round_value() {
 }
 
 void ArgFloat::remove_trailing_zeros() {
-    // Digits end with one that is not zero; what is cut off may leave zeros in front.
     long nbr = 0;
-    if (!_zero_flag) {
-        long const first = _printed_exp - 1; // position of the first decimal
-        nbr = std::min(_nbr_decimals, first - (_exp - _digits.get_len()));
-        while (nbr > 0) {
-            long const index = _exp - (first - nbr + 1);
-            if (index >= 0 && _digits.get_digits()[index] != '0') {
-                break;
-            }
-            nbr = index < 0 ? 0 : nbr - 1;
+    bool valid_flag = true;
+    for (long i = 1; i <= _nbr_decimals && valid_flag; ++i) {
+        if (compute_dig_at(_printed_exp - i, valid_flag) != 0) {
+            nbr = i;
         }
     }
-    _nbr_decimals = std::max(nbr, 0L);
+    _nbr_decimals = nbr;
+}
+
+// The digit of weight base^pos. Behind the last one it is 0 and not valid, in front of the first
+// one 0 and valid.
+int ArgFloat::compute_dig_at(long pos, bool& valid_flag) const {
+    long const index = _exp - pos;
+    valid_flag = !_zero_flag && index < _digits.get_len();
+    if (!valid_flag || index < 0) {
+        return 0;
+    }
+    char const c = _digits.get_digits()[index];
+    return Ascii::is_digit(c) ? c - '0' : c - 'A' + 10;
 }
 
 // All but the point and the decimals

@@ -28,6 +28,7 @@ private:
     void format_decimals();
     void round_value();
     void remove_trailing_zeros();
+    int compute_dig_at(long pos, bool& valid_flag) const;
     long compute_fixed_len() const;
     void print_exponent();
 

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "ulk/txt/out/PrintInterface.h"
+#include "ulk/txt/out/RunSink.h"
 
 #include <string>
 
 namespace ulk::txt::out {
 
 // Formatter over a string of its own. Allocates: not for the real-time thread.
-class Print final : public PrintInterface {
+class Print final : public PrintInterface, private RunSink {
 public:
-    Print() = default;
+    Print()
+        : PrintInterface(static_cast<RunSink&>(*this)) {}
 
     // The text, up to the next change
     operator std::string const&() const { return _txt; }
@@ -17,8 +19,6 @@ public:
     void print_begin() override;
     void print_char(char c) override;
     void print_end() override;
-    void print_text(char const* txt, long len) override;
-    void print_fill(char c, long len) override;
 
 protected:
     void do_reset() override;
@@ -26,6 +26,9 @@ protected:
     long do_get_string_len() const override;
 
 private:
+    void print_text(char const* txt, long len) override;
+    void print_fill(char c, long len) override;
+
     std::string _txt;
 };
 

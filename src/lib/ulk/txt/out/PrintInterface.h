@@ -81,6 +81,9 @@ public:
     long get_string_len() const;
 
 protected:
+    explicit PrintInterface(RunSink& sink)
+        : DevInterface(sink) {}
+
     virtual void do_reset() = 0;
     virtual bool do_is_truncated() const = 0;
     virtual long do_get_string_len() const = 0;

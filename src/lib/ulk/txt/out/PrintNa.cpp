@@ -6,7 +6,8 @@
 namespace ulk::txt::out {
 
 PrintNa::PrintNa(char* buffer, long max_len)
-    : _buffer(buffer)
+    : PrintInterface(static_cast<RunSink&>(*this))
+    , _buffer(buffer)
     , _max_len(max_len) {}
 
 void PrintNa::print_begin() {

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "ulk/txt/out/PrintInterface.h"
+#include "ulk/txt/out/RunSink.h"
 
 namespace ulk::txt::out {
 
 // Formatter over a caller's buffer, without allocation ("no alloc"). What does not fit is counted
 // and not stored. While arguments are missing, the buffer keeps what it held before.
-class PrintNa final : public PrintInterface {
+class PrintNa final : public PrintInterface, private RunSink {
 public:
     // The buffer has room for max_len characters and the terminator, max_len being 0 or more; it
     // outlives the object.
@@ -15,8 +16,6 @@ public:
     void print_begin() override;
     void print_char(char c) override;
     void print_end() override;
-    void print_text(char const* txt, long len) override;
-    void print_fill(char c, long len) override;
 
 protected:
     void do_reset() override;
@@ -24,6 +23,8 @@ protected:
     long do_get_string_len() const override;
 
 private:
+    void print_text(char const* txt, long len) override;
+    void print_fill(char c, long len) override;
     long compute_room(long len) const;
 
     char* _buffer;
