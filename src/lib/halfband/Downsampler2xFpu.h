@@ -26,12 +26,11 @@ public:
     void process_block_split(float* low, float* high, float const* src, long nbr_spl);
 
 private:
-    // Results of the two branches; the second sample of a pair feeds the even one.
-    struct Branches {
-        float even;
-        float odd;
-    };
-    Branches process_pair(float s0, float s1);
+    // The same section of both branches, the one fed by the second sample of a pair first.
+    using Pair = float __attribute__((vector_size(2 * sizeof(float))));
+
+    template <class F>
+    void process(float const* src, long nbr_spl, F put);
 
     float _coef[NC] = {};
     float _x[NC] = {}; // last input of each section

@@ -3,6 +3,7 @@
 #include "halfband/Downsampler2xFpu.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace halfband {
 
@@ -18,54 +19,57 @@ void Downsampler2xFpu<NC>::clear_buffers() {
 }
 
 template <int NC>
-typename Downsampler2xFpu<NC>::Branches Downsampler2xFpu<NC>::process_pair(float s0, float s1) {
-    float branch_arr[2] = {s1, s0};
-    for (int k = 0; k < NC; k += 2) {
-        float out_arr[2];
-        for (int branch = 0; branch < 2; ++branch) { // side by side, as two lanes
-            int const pos = k + branch;
-            out_arr[branch] = (branch_arr[branch] - _y[pos]) * _coef[pos] + _x[pos];
-            _x[pos] = branch_arr[branch];
-            _y[pos] = out_arr[branch];
-        }
-        branch_arr[0] = out_arr[0];
-        branch_arr[1] = out_arr[1];
-    }
-    return {branch_arr[0], branch_arr[1]};
-}
-
-template <int NC>
 float Downsampler2xFpu<NC>::process_sample(float const* src) {
-    Branches const res = process_pair(src[0], src[1]);
-    return (res.even + res.odd) * 0.5f;
+    float low;
+    process_block(&low, src, 1);
+    return low;
 }
 
 template <int NC>
 void Downsampler2xFpu<NC>::process_sample_split(float& low, float& high, float const* src) {
-    Branches const res = process_pair(src[0], src[1]);
-    low = (res.even + res.odd) * 0.5f;
-    high = res.even - low;
+    process_block_split(&low, &high, src, 1);
 }
 
-// A local copy tells the compiler that dest never overlaps the state, which then stays in
-// registers.
 template <int NC>
 void Downsampler2xFpu<NC>::process_block(float* dest, float const* src, long nbr_spl) {
-    Downsampler2xFpu local(*this);
-    for (long pos = 0; pos < nbr_spl; ++pos) {
-        dest[pos] = local.process_sample(src + 2 * pos);
-    }
-    *this = local;
+    process(src, nbr_spl, [=](long pos, Pair out) { dest[pos] = (out[0] + out[1]) * 0.5f; });
 }
 
 template <int NC>
 void Downsampler2xFpu<NC>::process_block_split(float* low, float* high, float const* src,
                                                long nbr_spl) {
-    Downsampler2xFpu local(*this);
+    process(src, nbr_spl, [=](long pos, Pair out) {
+        float const sum = (out[0] + out[1]) * 0.5f;
+        low[pos] = sum;
+        high[pos] = out[0] - sum;
+    });
+}
+
+// Calls put(position, results of the branches) for each pair of samples. Runs on locals, which stay
+// in registers. A section's last output is the next one's last input, so that one memory of both is
+// enough: line[k] enters section k, line[k + 1] has left it.
+template <int NC>
+template <class F>
+void Downsampler2xFpu<NC>::process(float const* src, long nbr_spl, F put) {
+    constexpr int nbr_sections = NC / 2;
+    Pair coef[nbr_sections];
+    Pair line[nbr_sections + 1];
+    std::memcpy(coef, _coef, sizeof(_coef));
+    std::memcpy(line, _x, sizeof(_x));
+    std::memcpy(line + nbr_sections, _y + NC - 2, sizeof(Pair));
     for (long pos = 0; pos < nbr_spl; ++pos) {
-        local.process_sample_split(low[pos], high[pos], src + 2 * pos);
+        Pair val = {src[2 * pos + 1], src[2 * pos]};
+#pragma GCC unroll 8
+        for (int k = 0; k < nbr_sections; ++k) {
+            Pair const out = (val - line[k + 1]) * coef[k] + line[k];
+            line[k] = val;
+            val = out;
+        }
+        line[nbr_sections] = val;
+        put(pos, val);
     }
-    *this = local;
+    std::memcpy(_x, line, sizeof(_x));
+    std::memcpy(_y, line + 1, sizeof(_y));
 }
 
 } // namespace halfband

@@ -6,8 +6,8 @@
 
 namespace ulk::archi {
 
-CpuId const& CpuId::use_instance() {
-    static CpuId const instance;
+CpuId& CpuId::use_instance() {
+    static CpuId instance;
     return instance;
 }
 

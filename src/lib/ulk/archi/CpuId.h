@@ -6,7 +6,7 @@ namespace ulk::archi {
 // and the accessors may be called from any thread.
 class CpuId {
 public:
-    static CpuId const& use_instance();
+    static CpuId& use_instance();
 
     // Features by meaning, whatever the processor's family.
     bool has_gen_3dnow() const { return _gen_3dnow_flag; }

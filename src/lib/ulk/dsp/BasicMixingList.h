@@ -2,25 +2,34 @@
 
 #include "ulk/dsp/StereoLevel.h"
 
+// clang-format off
+
 // The one list of the block routines on float buffers. It declares the tables and fills them, and
 // the tests walk it.
 //
 // A name is a verb, the shapes of source and destination, and a level. Arguments: destinations,
 // sources, length in frames, then the levels or integers of the routine.
+//
 //   copy, mix     the result is assigned, or added to the destination; a sum is not halved
 //   scale, mult   products with a level, or of buffers
 //   add_sub       sum and difference, into the first and the second buffer
 //   fill, clear   a constant, a ramp, or +0.0
+//
 //   1, 2, 4       as many separate buffers of one channel
 //   2i, 4i        one buffer, interleaved by 2 or by 4
 //   4i2           one buffer of 4 floats a frame, of which the first 2 are read or written
-//   ni1           one channel of frames of "stride" floats:         d, s, n, stride
-//   nip_mip       "count" channels between frames of two strides:   d, s, n, d_stride, s_stride,
-//   count nim           "count" floats cleared, "skip" passed over:       d, n, count, skip ip in
-//   place: the destinations are sources too spread        one source with a level for each
-//   destination:     ..., n, v0, v1 or a0, a1, b0, b1 xfade         s0 + (s1 - s0) * level mat the
-//   matrix of a StereoLevel cst           constants: d + c, or a * s + b _v            a constant
-//   level _vlr          a ramp: the level at the first frame and the one behind the last, so that
+//   ni1           one channel of frames of "stride" floats: d, s, n, stride
+//   nip_mip       "count" channels between frames of two strides: d, s, n, d_stride, s_stride, count
+//   nim           "count" floats cleared, "skip" passed over: d, n, count, skip
+//   ip            in place: the destinations are sources too
+//
+//   spread        one source with a level for each destination: ..., n, v0, v1 or a0, a1, b0, b1
+//   xfade         s0 + (s1 - s0) * level
+//   mat           the matrix of a StereoLevel
+//   cst           constants: d + c, or a * s + b
+//
+//   _v            a constant level
+//   _vlr          a ramp: the level at the first frame and the one behind the last, so that
 //                 consecutive blocks join. The step is added frame by frame (a vector adds four
 //                 steps at a time), and rounds as these additions do.
 //   _vlrauto      _v if both levels are equal, else _vlr
@@ -30,6 +39,8 @@
 // touched, and a strided buffer ends with its last live float.
 //
 // Rows VECT have a form for 128-bit vectors; rows FPU are scalar everywhere.
+
+// clang-format on
 
 namespace ulk::dsp {
 

@@ -254,6 +254,34 @@ TEST(VoiceTest, PlaysAWholeSampleAndEnds) {
     EXPECT_FALSE(rig._voice.is_active());
 }
 
+// The operation itself may be overridden, too.
+class Ramp : public SplDataRetrievalInterface {
+public:
+    void get_data(float** chn_arr, long long pos, long nbr_spl, bool backward_flag) override {
+        for (long i = 0; i < nbr_spl; ++i) {
+            chn_arr[0][i] = static_cast<float>(backward_flag ? pos + nbr_spl - 1 - i : pos + i);
+        }
+    }
+};
+
+TEST(VoiceTest, ReadsASourceThatOverridesTheOperationItself) {
+    Ramp ramp;
+    InterpolatorLerp lerp;
+    float tmp[8];
+    float out[5];
+    float* dest = out;
+    Voice voice;
+    voice.set_interpolator(lerp);
+    voice.set_tmp_buf(tmp, 8);
+    voice.activate(ramp, 100, 1, 44100);
+    voice.set_rate(0.5, 0);
+    voice.start(false);
+    voice.process_block(&dest, 5);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(out[i], static_cast<float>(i) * 0.5f);
+    }
+}
+
 TEST(VoiceTest, EndsWithTheBlockThatReachesTheEnd) {
     Source src(100, 1);
     Rig rig(src, {});

@@ -351,6 +351,22 @@ TEST(UltrasphericalTest, PrescribedRippleRatioAndWidthAreMet) {
     }
 }
 
+TEST(WndTest, LengthsBelowOneWriteNothing) {
+    CosineSum cosine_sum(3);
+    DolphCheby dolph_cheby(0.01);
+    HannPoisson hann_poisson(1);
+    Kaiser kaiser(4);
+    Ultraspherical ultraspherical(1, 1.02);
+    for (WndInterface* wnd : std::initializer_list<WndInterface*>{
+             &cosine_sum, &dolph_cheby, &hann_poisson, &kaiser, &ultraspherical}) {
+        for (long n : {0L, -1L, -2L, -7L, -1000L}) {
+            double guard = 3;
+            wnd->make_win(&guard, n);
+            EXPECT_EQ(guard, 3);
+        }
+    }
+}
+
 TEST(UltrasphericalTest, TinyLengths) {
     Ultraspherical wnd(1, 1.02);
     EXPECT_EQ(make(wnd, 1), std::vector<double>{1.0});

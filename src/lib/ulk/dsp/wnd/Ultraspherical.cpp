@@ -91,6 +91,9 @@ double Ultraspherical::compute_x_mu_for_prescribed_main_lobe_width(long nbr_spl,
 }
 
 void Ultraspherical::do_make_win(double* data, long nbr_spl) {
+    if (nbr_spl < 1) {
+        return;
+    }
     long const half = nbr_spl / 2;
     long const order = 2 * half;
     double const period = static_cast<double>(order + 1);
