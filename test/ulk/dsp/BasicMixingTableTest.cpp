@@ -1,5 +1,7 @@
 // The two tables: what they hold before and after set-up.
 
+#include "support/LogCatcher.h"
+
 #include "ulk/archi/CpuId.h"
 #include "ulk/archi/Vect128MemOpAlign.h"
 #include "ulk/dsp/BasicMixing.h"
@@ -9,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <set>
 #include <thread>
 
@@ -81,6 +84,62 @@ TEST(BasicMixingTableTest, aligned_table_has_vector_forms_where_the_processor_ha
 #undef IS_FPU
 #undef IS_VECT
     EXPECT_EQ(pointer_list.size(), 108u);
+}
+
+using Lines = std::vector<std::string>;
+
+// For a fresh process, whose tables are empty. Lines that differ go to standard error.
+void expect_lines_of_setups(void (*first)(), Lines const& first_list, void (*second)(),
+                            Lines const& second_list) {
+    test::LogCatcher log;
+    bool ok_flag = true;
+    auto const check = [&](void (*setup)(), Lines const& expected) {
+        setup();
+        Lines const line_list = log.take();
+        ok_flag = ok_flag && line_list == expected;
+        for (std::string const& line : line_list) {
+            std::cerr << line << '\n';
+        }
+    };
+    check(first, first_list);
+    check(second, second_list);
+    check(&BasicMixing::setup, {});
+    check(&BasicMixingAlign::setup, {});
+    std::exit(ok_flag && BasicMixing::is_ready() && BasicMixingAlign::is_ready() ? 0 : 1);
+}
+
+class BasicMixingLogTest : public testing::Test {
+protected:
+    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+    static Lines list_unaligned() {
+        bool const flag = ulk::archi::CpuId::use_instance().has_3dnow();
+        return {flag ? "I setup_internal(): Using 3dNow! instruction set."
+                     : "I setup_internal(): Using classic FPU instruction set.",
+                "I setup_internal(): Mixing routines ready to use."};
+    }
+    static Lines list_aligned() {
+        bool const flag = ulk::archi::CpuId::use_instance().has_sse();
+        return {flag ? "I setup_internal(): Using SSE instruction set for aligned data."
+                     : "I setup_internal(): Using default instruction set for aligned data.",
+                "I setup_internal(): Mixing routines ready to use for aligned data."};
+    }
+};
+
+TEST_F(BasicMixingLogTest, each_table_tells_its_choice_once) {
+    EXPECT_EXIT(expect_lines_of_setups(&BasicMixing::setup, list_unaligned(),
+                                       &BasicMixingAlign::setup, list_aligned()),
+                testing::ExitedWithCode(0), "");
+}
+
+TEST_F(BasicMixingLogTest, aligned_table_sets_up_the_other_one_first) {
+    Lines line_list = list_unaligned();
+    for (std::string const& line : list_aligned()) {
+        line_list.push_back(line);
+    }
+    EXPECT_EXIT(
+        expect_lines_of_setups(&BasicMixingAlign::setup, line_list, &BasicMixing::setup, {}),
+        testing::ExitedWithCode(0), "");
 }
 
 TEST(BasicMixingTableTest, setup_may_be_called_again_and_by_several_threads) {
