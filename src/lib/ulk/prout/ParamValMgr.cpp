@@ -29,7 +29,7 @@ void ParamValMgr::set_ramp(long ramp_len, double val_beg, double val_end) {
 
 void ParamValMgr::tick(long len) {
     if (len < _ramp_rem) {
-        _val += static_cast<double>(len) * _step;
+        _val = _val + static_cast<double>(len) * _step;
         _ramp_rem -= len;
     } else {
         _val = _val_end;

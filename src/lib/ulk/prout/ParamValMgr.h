@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ulk/conc/Relaxed.h"
 #include "ulk/util/ObservableInterface.h"
 #include "ulk/util/ObservableSingleMixin.h"
 
@@ -8,7 +9,8 @@
 namespace ulk::prout {
 
 // Run-time value of one parameter, with a linear ramp towards a target. Belongs to the thread that
-// processes: no lock. The observer is called inside the operation that changes the value.
+// processes: no lock. get_val() and get_val_end() may be called beside it, and give a snapshot. The
+// observer is called inside the operation that changes the value.
 class ParamValMgr : public virtual util::ObservableInterface,
                     public virtual util::ObservableSingleMixin {
 public:
@@ -34,8 +36,8 @@ public:
     void end_ramp();
 
 private:
-    double _val = 0;
-    double _val_end = 0;
+    conc::Relaxed<double> _val = 0.0;
+    conc::Relaxed<double> _val_end = 0.0;
     double _step = 0;
     double _val_min = std::numeric_limits<double>::lowest();
     double _val_max = std::numeric_limits<double>::max();

@@ -91,7 +91,11 @@ TEST_P(DescribeTest, FailedAllocationsChangeNothing) {
 
 INSTANTIATE_TEST_SUITE_P(Components, DescribeTest,
                          ::testing::Values(Golden{nullptr, 228, 0x00EC0681},
-                                           Golden{"Brevanto#TessitoneBypass", 196, 0x641F84D9}));
+                                           Golden{"Brevanto#TessitoneBypass", 196, 0x641F84D9},
+                                           Golden{"Brevanto#TessitoneDryWet", 400, 0x76D1ED7A},
+                                           Golden{"Brevanto#TessitoneAudioInput", 568, 0x9C284827},
+                                           Golden{"Brevanto#TessitoneAudioOutput", 569,
+                                                  0x0C6E733A}));
 
 TEST(FactoryDocumentTest, ListsThePlugins) {
     test::BundleInstance bundle;

@@ -8,6 +8,7 @@
 #include "ulk/prout/ParamDescList.h"
 #include "ulk/prout/ProcLoop.h"
 
+#include <limits>
 #include <vector>
 
 namespace ulk::ace::baplug {
@@ -25,6 +26,10 @@ public:
     static int execute_command_static(pibase::BidirComPoint* com, int cmd, void* data);
     int execute_command(int cmd, void* data);
 
+    // Clears the channels of a silent pin whose buffers are undefined, and says so in its state.
+    // A pin in another state stays as it is. For who needs real samples. real-time
+    static void defer_silent_pin(kryn::PluginDsp::PinData& pin, int nbr_chn, long nbr_spl);
+
 private:
     using Dsp = kryn::PluginDsp;
     using CmdPlug = Dsp::CmdPlug;
@@ -41,6 +46,14 @@ private:
     struct Levels {
         double dry;
         double wet;
+    };
+
+    // What the levels follow from: the effective values.
+    struct LevelKey {
+        double drywet;
+        double bypass;
+        double gain;
+        bool operator==(LevelKey const& other) const = default;
     };
 
     // A run of frames within the block.
@@ -74,10 +87,16 @@ private:
     void process_drywet_samples(long beg, long end);
     void bound_sub_proc_len_with_params(long& len) const;
     void tick_param(long len);
-    Levels compute_levels() const;
+    Levels const& compute_levels();
     void mix_pins(Segment seg, Levels const& beg, Levels const& end);
     void mix_one_pin(Segment seg, double lvl_beg, double lvl_end, PinState& pin,
                      Dsp::PinData const& in, Dsp::PinData& out, bool& has_content);
+    static void transfer_unity(Segment seg, int nbr_chn, Dsp::PinData const& in, Dsp::PinData& out,
+                               bool mix_flag);
+    static void transfer_level(Segment seg, double lvl_beg, double lvl_end, int nbr_chn,
+                               Dsp::PinData const& in, Dsp::PinData& out, bool mix_flag);
+    // Clears a segment of the outputs that were written so far.
+    void clear_output_buffers(long pos, long len);
 
     pibase::BidirComPoint& _com;
     std::vector<PinState> _pin_state_arr; // by output pin
@@ -90,6 +109,9 @@ private:
                                                           &_param_gain};
     PluginDesc _desc;
     CmdPlug::Process* _proc_ptr = nullptr; // record being served, null outside PROCESS
+    // The last levels and their key: while nothing moves, no curve is computed.
+    LevelKey _level_key = {std::numeric_limits<double>::quiet_NaN(), 0, 0};
+    Levels _levels = {0, 0};
     prout::ProcLoop<DryWet> _proc_loop;
 };
 

@@ -63,7 +63,7 @@ void DryWet::process_drywet_samples(long beg, long end) {
     while (pos < end) {
         long len = end - pos;
         bound_sub_proc_len_with_params(len);
-        Levels const lvl_beg = compute_levels();
+        Levels const lvl_beg = compute_levels(); // a copy: the next call moves it on
         tick_param(len);
         Levels const lvl_end = compute_levels();
         mix_pins({pos, len}, lvl_beg, lvl_end);
@@ -83,12 +83,17 @@ void DryWet::tick_param(long len) {
     }
 }
 
-DryWet::Levels DryWet::compute_levels() const {
-    double const d = ParamDryWet::st_conv_norm_to_nat_no_check(_param_drywet.get_val());
-    double const g = ParamGain::conv_direct_param_norm_to_nat(_param_gain.get_val());
-    double const b = _param_bypass.get_val(); // between 0 and 1 while it smooths: a cross-fade
-    double const w = (1 - d) * (1 - b);
-    return {1 - w, w * g};
+DryWet::Levels const& DryWet::compute_levels() {
+    LevelKey const key = {_param_drywet.get_val(), _param_bypass.get_val(), _param_gain.get_val()};
+    if (key != _level_key) {
+        double const d = ParamDryWet::st_conv_norm_to_nat_no_check(key.drywet);
+        double const g = ParamGain::conv_direct_param_norm_to_nat(key.gain);
+        // The bypass lies between 0 and 1 while it smooths: a cross-fade.
+        double const w = (1 - d) * (1 - key.bypass);
+        _level_key = key;
+        _levels = {1 - w, w * g};
+    }
+    return _levels;
 }
 
 void DryWet::mix_pins(Segment seg, Levels const& beg, Levels const& end) {
@@ -104,7 +109,6 @@ void DryWet::mix_pins(Segment seg, Levels const& beg, Levels const& end) {
 
 void DryWet::mix_one_pin(Segment seg, double lvl_beg, double lvl_end, PinState& pin,
                          Dsp::PinData const& in, Dsp::PinData& out, bool& has_content) {
-    using dsp::BasicMixing;
     bool const silent_flag = lvl_beg <= silence_level && lvl_end <= silence_level;
     if (silent_flag || in.state != Dsp::State_SIGNAL) {
         if (pin.written && !has_content) {
@@ -123,20 +127,62 @@ void DryWet::mix_one_pin(Segment seg, double lvl_beg, double lvl_end, PinState& 
             BufferClearer::clear_buf_antidenormal_fast(out.chn_arr[chn], seg.pos);
         }
     }
-    bool const unity_flag = is_unity(lvl_beg) && is_unity(lvl_end);
-    auto const plain = has_content ? BasicMixing::mix_1_1 : BasicMixing::copy_1_1;
-    auto const ramp = has_content ? BasicMixing::mix_1_1_vlrauto : BasicMixing::copy_1_1_vlrauto;
-    for (int chn = 0; chn < pin.nbr_chn; ++chn) {
-        float* const dst = out.chn_arr[chn] + seg.pos;
-        float const* const src = in.chn_arr[chn] + seg.pos;
-        if (unity_flag) {
-            plain(dst, src, seg.len);
-        } else {
-            ramp(dst, src, seg.len, static_cast<float>(lvl_beg), static_cast<float>(lvl_end));
-        }
+    if (is_unity(lvl_beg) && is_unity(lvl_end)) {
+        transfer_unity(seg, pin.nbr_chn, in, out, has_content);
+    } else {
+        transfer_level(seg, lvl_beg, lvl_end, pin.nbr_chn, in, out, has_content);
     }
     has_content = true;
     pin.written = true;
+}
+
+void DryWet::transfer_unity(Segment seg, int nbr_chn, Dsp::PinData const& in, Dsp::PinData& out,
+                            bool mix_flag) {
+    auto const fnc = mix_flag ? dsp::BasicMixing::mix_1_1 : dsp::BasicMixing::copy_1_1;
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        fnc(out.chn_arr[chn] + seg.pos, in.chn_arr[chn] + seg.pos, seg.len);
+    }
+}
+
+// A ramp waits for its level from frame to frame: two channels at once share that wait.
+void DryWet::transfer_level(Segment seg, double lvl_beg, double lvl_end, int nbr_chn,
+                            Dsp::PinData const& in, Dsp::PinData& out, bool mix_flag) {
+    using dsp::BasicMixing;
+    auto const one = mix_flag ? BasicMixing::mix_1_1_vlrauto : BasicMixing::copy_1_1_vlrauto;
+    auto const two = mix_flag ? BasicMixing::mix_2_2_vlrauto : BasicMixing::copy_2_2_vlrauto;
+    auto const dst = [&](int chn) { return out.chn_arr[chn] + seg.pos; };
+    auto const src = [&](int chn) { return in.chn_arr[chn] + seg.pos; };
+    float const beg = static_cast<float>(lvl_beg);
+    float const end = static_cast<float>(lvl_end);
+    int chn = 0;
+    for (; chn + 2 <= nbr_chn; chn += 2) {
+        two(dst(chn), dst(chn + 1), src(chn), src(chn + 1), seg.len, beg, end);
+    }
+    if (chn < nbr_chn) {
+        one(dst(chn), src(chn), seg.len, beg, end);
+    }
+}
+
+void DryWet::defer_silent_pin(Dsp::PinData& pin, int nbr_chn, long nbr_spl) {
+    if (pin.state != Dsp::State_DIRTY) {
+        return;
+    }
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        BufferClearer::clear_buf_antidenormal_fast(pin.chn_arr[chn], nbr_spl);
+    }
+    pin.state = Dsp::State_CLEARED;
+}
+
+void DryWet::clear_output_buffers(long pos, long len) {
+    for (std::size_t pin = 0; pin < _pin_state_arr.size(); ++pin) {
+        Dsp::PinData const& out = _proc_ptr->port_out.pin_arr[pin];
+        if (out.state != Dsp::State_SIGNAL || !_pin_state_arr[pin].written) {
+            continue;
+        }
+        for (int chn = 0; chn < _pin_state_arr[pin].nbr_chn; ++chn) {
+            BufferClearer::clear_buf_antidenormal_fast(out.chn_arr[chn] + pos, len);
+        }
+    }
 }
 
 } // namespace ulk::ace::baplug
