@@ -200,7 +200,7 @@ TEST_F(DryWetTest, SecondHalfIsSilent) {
     _in.pins[1].state = 2;
     // Down to 0 in the first half, a ramp without a jump.
     EXPECT_EQ(0, run(64, {make_event(0, Index_MIX, 1, 32, 0)}));
-    EXPECT_EQ(wet(0), out(0));
+    EXPECT_NEAR(1, level(0), 1e-6);
     EXPECT_GT(out(31), 0);
     expect_cleared(32, 64);
     expect_untouched(64);
@@ -256,7 +256,7 @@ TEST_F(DryWetTest, JumpIsSmoothedOver240FramesAt48kHz) {
         EXPECT_NEAR(0.8 - 0.6 * static_cast<double>(i) / 240, level(i), 2e-6) << i;
     }
     EXPECT_NEAR(0.2, level(240), 1e-6);
-    EXPECT_EQ(level(511), level(300));
+    EXPECT_NEAR(0.2, level(511), 1e-6);
 }
 
 TEST_F(DryWetTest, RampToWhereItStandsIsNone) {
@@ -340,8 +340,8 @@ TEST_F(DryWetTest, SmoothingThatWasLeftAloneMayMissItsTarget) {
     _in.pins[1].state = 1;
     run(1, {make_event(0, Index_BYPASS, 0.5)});
     _mixer.clear_buffers();
-    // A run upwards, then a target just above where it stands: the run goes on and on.
-    run(100, {make_event(0, Index_BYPASS, 1), make_event(50, Index_BYPASS, 0.6132)});
+    // A run upwards, then a target just below where it stands: the run goes on and on.
+    run(100, {make_event(0, Index_BYPASS, 1), make_event(50, Index_BYPASS, 0.6129)});
     double last = level(50);
     for (long i = 51; i < 100; ++i) {
         EXPECT_LT(level(i), last);

@@ -248,4 +248,4 @@ INSTANTIATE_TEST_SUITE_P(
     EndPoints, InOutTest,
     ::testing::Values(EndPoint{"Brevanto#TessitoneAudioInput", kryn::PinDir_OUT},
                       EndPoint{"Brevanto#TessitoneAudioOutput", kryn::PinDir_IN}),
-    [](auto const& info) { return info.param.main == kryn::PinDir_OUT ? "Input" : "Output"; });
+    [](auto const& end) { return end.param.main == kryn::PinDir_OUT ? "Input" : "Output"; });
