@@ -163,12 +163,28 @@ void read_random(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(read_sequential<RawCalls>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(read_sequential<CStream>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(read_sequential<UlkFile>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(write_sequential<RawCalls>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(write_sequential<CStream>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(write_sequential<UlkFile>)->Arg(8)->Arg(512)->Arg(65536);
-BENCHMARK(read_random<RawCalls>)->Arg(16)->Arg(4096)->Arg(32768);
-BENCHMARK(read_random<CStream>)->Arg(16)->Arg(4096)->Arg(32768);
-BENCHMARK(read_random<UlkFile>)->Arg(16)->Arg(4096)->Arg(32768);
+BENCHMARK(read_sequential<RawCalls>)
+    ->Name("read_sequential/system_calls")
+    ->Arg(8)
+    ->Arg(512)
+    ->Arg(65536);
+BENCHMARK(read_sequential<CStream>)->Name("read_sequential/stdio")->Arg(8)->Arg(512)->Arg(65536);
+BENCHMARK(read_sequential<UlkFile>)
+    ->Name("read_sequential/tessitone")
+    ->Arg(8)
+    ->Arg(512)
+    ->Arg(65536);
+BENCHMARK(write_sequential<RawCalls>)
+    ->Name("write_sequential/system_calls")
+    ->Arg(8)
+    ->Arg(512)
+    ->Arg(65536);
+BENCHMARK(write_sequential<CStream>)->Name("write_sequential/stdio")->Arg(8)->Arg(512)->Arg(65536);
+BENCHMARK(write_sequential<UlkFile>)
+    ->Name("write_sequential/tessitone")
+    ->Arg(8)
+    ->Arg(512)
+    ->Arg(65536);
+BENCHMARK(read_random<RawCalls>)->Name("read_random/system_calls")->Arg(16)->Arg(4096)->Arg(32768);
+BENCHMARK(read_random<CStream>)->Name("read_random/stdio")->Arg(16)->Arg(4096)->Arg(32768);
+BENCHMARK(read_random<UlkFile>)->Name("read_random/tessitone")->Arg(16)->Arg(4096)->Arg(32768);

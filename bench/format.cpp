@@ -147,24 +147,24 @@ void line_fmt(benchmark::State& state) {
         fmt_one(buf, "get_data(): Unknown file id {}", static_cast<int>(val));
     });
 }
-BENCHMARK(int_fmt);
-BENCHMARK(shortest_fmt);
-BENCHMARK(fixed_fmt);
-BENCHMARK(line_fmt);
+BENCHMARK(int_fmt)->Name("int/fmt");
+BENCHMARK(shortest_fmt)->Name("shortest/fmt");
+BENCHMARK(fixed_fmt)->Name("fixed/fmt");
+BENCHMARK(line_fmt)->Name("line/fmt");
 #endif
 
-BENCHMARK(int_ours);
-BENCHMARK(int_to_chars);
-BENCHMARK(int_snprintf);
-BENCHMARK(shortest_ours);
-BENCHMARK(shortest_digits);
-BENCHMARK(shortest_to_chars);
-BENCHMARK(shortest_snprintf);
-BENCHMARK(default_ours);
-BENCHMARK(fixed_ours);
-BENCHMARK(fixed_to_chars);
-BENCHMARK(fixed_snprintf);
-BENCHMARK(line_ours);
-BENCHMARK(line_snprintf);
+BENCHMARK(int_ours)->Name("int/tessitone");
+BENCHMARK(int_to_chars)->Name("int/to_chars");
+BENCHMARK(int_snprintf)->Name("int/snprintf");
+BENCHMARK(shortest_ours)->Name("shortest/tessitone");
+BENCHMARK(shortest_digits)->Name("shortest/tessitone_digits");
+BENCHMARK(shortest_to_chars)->Name("shortest/to_chars");
+BENCHMARK(shortest_snprintf)->Name("shortest/snprintf");
+BENCHMARK(default_ours)->Name("default/tessitone");
+BENCHMARK(fixed_ours)->Name("fixed/tessitone");
+BENCHMARK(fixed_to_chars)->Name("fixed/to_chars");
+BENCHMARK(fixed_snprintf)->Name("fixed/snprintf");
+BENCHMARK(line_ours)->Name("line/tessitone");
+BENCHMARK(line_snprintf)->Name("line/snprintf");
 
 } // namespace

@@ -233,6 +233,8 @@ TEST_F(FileLogTest, InformationOfRemovedFiles) {
               run(-2989, [&] { return ref->save(bytes); }));
     EXPECT_EQ(Lines{"E FSGetCatalogInfo failed with error 2"},
               run(0, [&] { return ref->is_directory() ? 1 : 0; }));
+    EXPECT_EQ(Lines(2, "E FSNewAliasMinimal failed with error 2"), // comparing is saving both
+              run(1, [&] { return *ref == *ref ? 1 : 0; }));
     EXPECT_EQ(Lines{}, run(0, [&] { return ref->is_hidden() ? 1 : 0; })); // known by now
 }
 

@@ -182,6 +182,8 @@ TEST(UtcTimeTest, SystemZoneIsTheEnvironments) {
 
 TEST(MacTimeFncTest, AbsoluteTimesCountFrom2001) {
     EXPECT_EQ(12622780800.0, sys::MacTimeFnc_get_cf_absolute_time_offset());
+    UtcTime const first(sys::MacTimeFnc_get_origin_gregorian_date(), sys::TimeZoneType_UTC);
+    EXPECT_EQ(0, first.get());
     UtcTime const origin(Date(2001, 0, 0, 0, 0, 0), sys::TimeZoneType_UTC);
     double at = 5;
     MacTimeFnc::UtcTime_to_CFAbsoluteTime(at, origin);

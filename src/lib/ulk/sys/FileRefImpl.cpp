@@ -84,7 +84,7 @@ void FileRefImpl::update() const {
 // A file without a path compares by its identity alone.
 std::vector<archi::UByte> FileRefImpl::get_bytes() const {
     std::vector<archi::UByte> bytes;
-    _ref->save(bytes);
+    save(bytes);
     return bytes;
 }
 

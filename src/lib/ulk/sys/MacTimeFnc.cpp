@@ -3,6 +3,7 @@
 #include "ulk/sys/UTCDateTime.h"
 #include "ulk/sys/UtcTime.h"
 #include "ulk/udbg/log.h"
+#include "ulk/util/Date.h"
 
 #include <cmath>
 #include <limits>
@@ -39,8 +40,16 @@ int conv_stamp(UtcTime& time, UTCDateTime const& stamp) {
 
 } // namespace
 
+util::Date const& MacTimeFnc_get_origin_gregorian_date() {
+    static util::Date const date(UtcTime::_reference_year, 0, 0, 0, 0, 0.0);
+    return date;
+}
+
 double MacTimeFnc_get_cf_absolute_time_offset() {
-    return static_cast<double>(at_offset);
+    static double const offset =
+        util::Date(2001, 0, 0, 0, 0, 0.0)
+            .compute_duration_since(MacTimeFnc_get_origin_gregorian_date());
+    return offset;
 }
 
 // Seconds and fractions are kept apart: together they exceed the precision of a double.

@@ -1,5 +1,9 @@
 #pragma once
 
+namespace ulk::util {
+class Date;
+}
+
 namespace ulk::sys {
 
 class UtcTime;
@@ -18,6 +22,9 @@ public:
     static void UTCDateTime_to_UtcTime(UtcTime& time, UTCDateTime const& stamp);
     static void UtcTime_to_UTCDateTime(UTCDateTime& stamp, UtcTime const& time);
 };
+
+// The date of tick 0.
+util::Date const& MacTimeFnc_get_origin_gregorian_date();
 
 // Seconds from tick 0 to the origin of absolute times.
 double MacTimeFnc_get_cf_absolute_time_offset();
