@@ -11,7 +11,8 @@ namespace test {
 //     { test::RealTimeGuard guard; plugin.process(block); }
 class RealTimeGuard {
 public:
-    enum Locks { Locks_FORBIDDEN, Locks_ALLOWED };
+    // Uncontended: locks may be taken, but a system call, as a wait makes it, may not.
+    enum Locks { Locks_FORBIDDEN, Locks_ALLOWED, Locks_UNCONTENDED };
 
     explicit RealTimeGuard(Locks locks = Locks_FORBIDDEN);
     ~RealTimeGuard();
