@@ -128,6 +128,11 @@ void LogMgr::write_dump_abort(Debugger::Level level, char const* text, char cons
 LogMgr::LogMgr(Mode mode)
     : _mode(mode) {}
 
+// Who logs at the program's very end finds no instance, not a dead one.
+LogMgr::~LogMgr() {
+    _instance_ptr = nullptr;
+}
+
 LogMgr& LogMgr::use_instance_or(Mode mode_if_new) {
     LogMgr* const mgr_ptr = _instance_ptr.load(std::memory_order_acquire);
     return mgr_ptr != nullptr ? *mgr_ptr : create_instance(mode_if_new);
@@ -198,19 +203,18 @@ int LogMgr::dispatch(Record& record) {
     return -2;
 }
 
+// The texts go in as they are, not through a format: the caller may be the real-time thread.
 void LogMgr::write_str(char (&dst)[LINE_LEN_MAX + 1], Record const& record, bool newline_flag) {
     txt::out::PrintNa print(dst, LINE_LEN_MAX);
     print.print("");
-    long nbr_blanks = std::max(_indent, 0L);
     if (_config.indent_thread_flag) {
-        nbr_blanks += std::max(get_thread_index() * _config.nbr_blanks_per_thread, 0L);
+        print.print_fill(' ', get_thread_index() * _config.nbr_blanks_per_thread);
     }
-    for (; nbr_blanks > 0; --nbr_blanks) {
-        print.cat(" ");
-    }
-    auto const add = [&print](bool flag, auto const& piece) {
+    print.print_fill(' ', _indent);
+    auto const add = [&print](bool flag, char const* piece) {
         if (flag) {
-            print.cat("%1%\t").arg(piece);
+            print.print_text(piece, piece != nullptr ? static_cast<long>(std::strlen(piece)) : 0);
+            print.print_char('\t');
         }
     };
     add(_config.name_flag, record.name);
@@ -218,10 +222,13 @@ void LogMgr::write_str(char (&dst)[LINE_LEN_MAX + 1], Record const& record, bool
     add(true, record.text);
     add(_config.source_flag, record.path);
     add(_config.function_flag, record.function);
-    add(_config.line_flag, record.line);
-    if (newline_flag) {
-        print.cat("\n");
+    if (_config.line_flag) {
+        print.cat("%1%\t").arg(record.line);
     }
+    if (newline_flag) {
+        print.print_char('\n');
+    }
+    print.print_end();
 }
 
 // The first thread to log has index 0.

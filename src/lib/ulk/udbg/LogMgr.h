@@ -92,6 +92,8 @@ private:
     explicit LogMgr(Mode mode);
     LogMgr(LogMgr const&) = delete;
     LogMgr& operator=(LogMgr const&) = delete;
+    ~LogMgr();
+    friend std::default_delete<LogMgr>;
 
     static LogMgr& create_instance(Mode mode_if_new);
     static LogMgr& use_instance_or(Mode mode_if_new);

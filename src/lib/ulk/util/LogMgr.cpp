@@ -6,21 +6,20 @@
 
 namespace ulk::util {
 
-LogMgr* LogMgr::_instance_ptr = nullptr;
+std::unique_ptr<LogMgr> LogMgr::_instance_ptr;
 
 LogMgr& LogMgr::use_instance() {
     sys::Mutex& mutex = use_instance_mutex();
     sys::CritSec const lock(mutex, true);
     if (_instance_ptr == nullptr) {
-        _instance_ptr = new LogMgr(mutex);
+        _instance_ptr.reset(new LogMgr(mutex));
     }
     return *_instance_ptr;
 }
 
 void LogMgr::force_destroy() {
     sys::CritSec const lock(use_instance_mutex(), true);
-    delete _instance_ptr;
-    _instance_ptr = nullptr;
+    _instance_ptr.reset();
 }
 
 int LogMgr::open_file(char const* path) {

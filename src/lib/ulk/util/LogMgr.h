@@ -5,6 +5,7 @@
 #include "ulk/util/LogLine.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace ulk::util {
@@ -18,7 +19,8 @@ public:
     static constexpr long MAX_NBR_LINES = 1000000;
     static constexpr long RING_SIZE = 64; // slots, of which one stays unused
 
-    // Made at the first use, lives until force_destroy(), which flushes and closes the file.
+    // Made at the first use, lives until force_destroy() or the end of the program (of a bundle:
+    // until it is unloaded), which flushes and closes the file.
     static LogMgr& use_instance();
     static void force_destroy(); // nobody may still be logging
 
@@ -50,6 +52,7 @@ private:
     LogMgr(LogMgr const&) = delete;
     LogMgr& operator=(LogMgr const&) = delete;
     ~LogMgr();
+    friend std::default_delete<LogMgr>;
 
     void set_aux_stream(std::FILE* stream);
     void close_stream();
@@ -57,7 +60,7 @@ private:
     static void flush_line(std::FILE* file, LogLine const& line, bool detailed_flag);
     static sys::Mutex& use_instance_mutex();
 
-    static LogMgr* _instance_ptr;
+    static std::unique_ptr<LogMgr> _instance_ptr;
 
     sys::Mutex& _mutex;
     double _start_time;

@@ -36,18 +36,18 @@ int create_factory(void* data) {
     }
 }
 
-} // namespace ulk::ace::baplug
-
+// In the namespace, so that its log line tells that name.
 extern "C" [[gnu::visibility("default")]] ulk::archi::Int32 ulk_entry_point(ulk::archi::Int32 cmd,
                                                                             void* data) {
-    using namespace ulk::ace;
     switch (cmd) {
     case 1:
-        return baplug::create_factory(data);
+        return create_factory(data);
     case 2:
-        return baplug::install_log(data);
+        return install_log(data);
     default:
         ULK_LOG(WARNING, "ulk_entry_point(): Unknown or not implemented command %1%.", cmd);
         return Err_NOT_IMPLEMENTED;
     }
 }
+
+} // namespace ulk::ace::baplug

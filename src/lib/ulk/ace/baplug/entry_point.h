@@ -11,7 +11,7 @@ extern "C" ulk::archi::Int32 ulk_entry_point(ulk::archi::Int32 cmd, void* data);
 
 namespace ulk::ace::baplug {
 
-using ::ulk_entry_point;
+extern "C" archi::Int32 ulk_entry_point(archi::Int32 cmd, void* data); // the same
 
 // Serves command 1. Nothing is thrown out; on failure the point's plugin_execute is null.
 int create_factory(void* data);
