@@ -1,18 +1,20 @@
-// Any bytes through the stream's reading operations, beside a model that keeps the position with
-// plain arithmetic: nothing is read outside, positions and results agree, and what was read is
-// written back to the same bytes.
+// Any bytes through the stream's operations, beside a model that knows the form by heart: results,
+// positions and values agree after each, nothing is read outside, and what was read is written back
+// to the same bytes.
 #include "ulk/udbg/LogMgr.h"
 #include "ulk/util/BinaryStreamInput.h"
 #include "ulk/util/BinaryStreamOutput.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <string>
 #include <vector>
 
 using ulk::util::BinaryStreamInput;
 using ulk::util::BinaryStreamOutput;
 using Bytes = std::vector<unsigned char>;
+using Map = std::map<std::string, std::string>;
 
 namespace {
 
@@ -22,35 +24,174 @@ void require(bool flag) {
     }
 }
 
-template <class T>
-void check_value(BinaryStreamInput& in, Bytes const& data, unsigned long len) {
-    unsigned long const pos = in.tell();
-    T value{};
-    int const ret = in.read(value, nullptr);
-    require(ret == (data.size() - pos >= len ? 0 : -3994));
-    if (ret == 0) {
-        require(in.tell() == pos + len);
-        Bytes back;
-        BinaryStreamOutput(back).write(value);
-        require(back == Bytes(data.begin() + static_cast<long>(pos),
-                              data.begin() + static_cast<long>(pos + len)));
-    } else {
-        require(in.tell() == pos || (len == 8 && in.tell() == pos + 4));
-    }
-}
+// Where the stream should stand, and what it should have read.
+struct Model {
+    Bytes const& data;
+    std::uint64_t pos = 0;
 
-void check_string(BinaryStreamInput& in) {
-    unsigned long const pos = in.tell();
-    std::string txt = "kept";
-    if (in.read(txt, nullptr) == 0) {
-        require(in.tell() == pos + 4 + txt.size());
-    } else {
-        require(txt == "kept" && (in.tell() == pos || in.tell() == pos + 4));
+    std::uint64_t left() const { return data.size() - pos; }
+    bool skip(std::uint64_t len) {
+        bool const flag = len <= left();
+        pos += flag ? len : 0;
+        return flag;
     }
-}
+    bool word(std::uint64_t& val) {
+        std::uint64_t const beg = pos;
+        val = 0;
+        for (std::uint64_t i = beg; left() >= 4 && i < beg + 4; ++i) {
+            val = val * 256 + data[i];
+        }
+        return skip(4);
+    }
+    bool text(std::string& txt) {
+        std::uint64_t len = 0;
+        if (!word(len) || len > left()) {
+            return false;
+        }
+        txt.assign(data.begin() + static_cast<long>(pos),
+                   data.begin() + static_cast<long>(pos + len));
+        return skip(len);
+    }
+    bool count(std::uint64_t& nbr) { return word(nbr) && nbr <= left(); }
+    bool map(Map& map) {
+        std::uint64_t nbr = 0;
+        bool flag = count(nbr);
+        for (; flag && nbr > 0; --nbr) {
+            std::string key;
+            std::string val;
+            flag = text(key) && text(val);
+            if (flag) {
+                map.emplace(key, val);
+            }
+        }
+        return flag;
+    }
+    bool ints(std::vector<int>& list) {
+        std::uint64_t nbr = 0;
+        if (!count(nbr)) {
+            return false;
+        }
+        auto const beg = list.size();
+        list.resize(beg + nbr);
+        for (auto i = beg; i < list.size(); ++i) {
+            std::uint64_t val = 0;
+            if (!word(val)) {
+                return false;
+            }
+            list[i] = static_cast<int>(static_cast<std::uint32_t>(val));
+        }
+        return true;
+    }
+    bool move(std::int64_t to) { // to the nearest bound if it lies outside
+        auto const size = static_cast<std::int64_t>(data.size());
+        pos = static_cast<std::uint64_t>(to < 0 ? 0 : to > size ? size : to);
+        return to >= 0 && to <= size;
+    }
+};
+
+class Run {
+public:
+    explicit Run(Bytes const& data)
+        : _data(data)
+        , _in(data)
+        , _model{data} {}
+
+    void step(int op, long param) {
+        switch (op) {
+        case 0:
+            return check_value<bool>(1);
+        case 1:
+            return check_value<signed char>(1);
+        case 2:
+            return check_value<short>(2);
+        case 3:
+            return check_value<unsigned>(4);
+        case 4:
+            return check_value<float>(4);
+        case 5:
+            return check_value<long long>(8);
+        case 6:
+            return check_value<double>(8);
+        case 7:
+            return check_object(std::string("kept"),
+                                [&](std::string& txt) { return _model.text(txt); });
+        case 8:
+            return check_object(std::vector<int>{1, 2},
+                                [&](std::vector<int>& list) { return _model.ints(list); });
+        case 9:
+            return check_object(Map{{"", "kept"}}, [&](Map& map) { return _model.map(map); });
+        case 10:
+            return check_in_place(static_cast<unsigned long>(param));
+        case 11:
+            return check(_in.seek_beg(static_cast<unsigned long>(param), ""), _model.move(param));
+        case 12:
+            return check(_in.seek_end(static_cast<unsigned long>(param), ""),
+                         _model.move(static_cast<long>(_data.size()) - param));
+        case 13:
+            return check(_in.advance(param, ""),
+                         _model.move(static_cast<long>(_model.pos) + param));
+        case 14:
+            return check(_in.advance(-param, ""),
+                         _model.move(static_cast<long>(_model.pos) - param));
+        default: // a copy starts anew
+            _in = BinaryStreamInput(_in);
+            _model.pos = 0;
+            return check(0, true);
+        }
+    }
+
+private:
+    void check(int ret, bool flag) {
+        require(ret == (flag ? 0 : -3994));
+        require(_in.tell() == _model.pos && _in.size() == _model.left());
+        require(_in.empty() == (_model.left() == 0));
+    }
+
+    template <class T>
+    void check_value(unsigned long len) {
+        unsigned long const beg = _model.pos;
+        bool flag = _model.skip(len);
+        if (!flag && len == 8) {
+            _model.skip(4); // the first word is consumed
+        }
+        T value{};
+        check(_in.read(value, nullptr), flag);
+        if (flag) {
+            Bytes back;
+            BinaryStreamOutput(back).write(value);
+            Bytes expected(_data.begin() + static_cast<long>(beg),
+                           _data.begin() + static_cast<long>(_model.pos));
+            if constexpr (std::is_same_v<T, bool>) {
+                expected[0] = expected[0] != 0;
+            }
+            require(back == expected);
+        }
+    }
+
+    template <class T, class FNC>
+    void check_object(T value, FNC read_model) {
+        T expected = value;
+        bool const flag = read_model(expected);
+        check(_in.read(value, nullptr), flag);
+        require(value == expected);
+    }
+
+    void check_in_place(unsigned long len) {
+        unsigned long const beg = _model.pos;
+        unsigned char const* ptr = _data.data();
+        bool const flag = _model.skip(len);
+        check(_in.read(ptr, len, ""), flag);
+        require(ptr == (flag ? _data.data() + beg : nullptr));
+    }
+
+    Bytes const& _data;
+    BinaryStreamInput _in;
+    Model _model;
+};
 
 } // namespace
 
+// The first byte tells how many operations follow; then come their codes, then the stream.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
     ulk::udbg::LogMgr::create_empty_if_not_existing();
     std::size_t const nbr_op = size < 1 ? 0 : bytes[0] % 32U;
@@ -58,59 +199,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t siz
         return 0;
     }
     Bytes const data(bytes + 1 + nbr_op, bytes + size);
-    BinaryStreamInput in(data);
+    Run run(data);
     for (std::size_t i = 0; i < nbr_op; ++i) {
-        int const op = bytes[1 + i] & 15;
-        long const param = bytes[1 + i] >> 4;
-        std::vector<std::string> txt_list;
-        std::vector<int> int_list;
-        unsigned char const* ptr = nullptr;
-        switch (op) {
-        case 0:
-            check_value<unsigned char>(in, data, 1);
-            break;
-        case 1:
-            check_value<short>(in, data, 2);
-            break;
-        case 2:
-            check_value<unsigned>(in, data, 4);
-            break;
-        case 3:
-            check_value<long long>(in, data, 8);
-            break;
-        case 4:
-            check_value<float>(in, data, 4);
-            break;
-        case 5:
-            check_value<double>(in, data, 8);
-            break;
-        case 6:
-            check_string(in);
-            break;
-        case 7:
-            in.read(txt_list, "list");
-            break;
-        case 8:
-            in.read(int_list, "list");
-            break;
-        case 9:
-            require(in.read(ptr, static_cast<unsigned long>(param), "") == 0 || ptr == nullptr);
-            break;
-        case 10:
-            in.seek_beg(static_cast<unsigned long>(param), "");
-            break;
-        case 11:
-            in.seek_end(static_cast<unsigned long>(param), "");
-            break;
-        case 12:
-            in.advance(param, "");
-            break;
-        default:
-            in.advance(-param, "");
-            break;
-        }
-        require(in.tell() <= data.size() && in.size() == data.size() - in.tell());
-        require(txt_list.size() <= data.size() && int_list.size() <= data.size());
+        run.step(bytes[1 + i] & 15, bytes[1 + i] >> 4);
     }
     return 0;
 }

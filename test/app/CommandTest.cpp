@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -190,3 +191,44 @@ INSTANTIATE_TEST_SUITE_P(
         SillyCase{"describe -o /dev/full", 4, "/dev/full: cannot be written"},
         SillyCase{"describe >/dev/full", 4, "writing to standard output failed"},
         SillyCase{"plugins >/dev/full", 4, "writing to standard output failed"}));
+
+TEST_F(CommandTest, LogFileKeepsEveryLine) {
+    for (char const* args : {"--log log.txt plugins", "plugins --log log.txt"}) {
+        auto const outcome = run(args);
+        EXPECT_EQ(0, outcome.code) << args;
+        EXPECT_EQ("", outcome.err); // lines of information are for the file alone
+        std::istringstream log(read_file(_folder + "/log.txt"));
+        std::string line;
+        EXPECT_TRUE(std::getline(log, line));
+        EXPECT_TRUE(std::regex_match(line, std::regex("0\t\\d+\t\\d+\\.\\d{3}\tLog started\t")))
+            << line;
+        EXPECT_TRUE(std::getline(log, line));
+        EXPECT_TRUE(std::regex_match(
+            line, std::regex("1\t\\d+\t\\d+\\.\\d{3}\tbaplug\tINFO\tcreate_factory\\(\\): Creating "
+                             "factory\\.\\.\\.\tlib/ulk/ace/baplug/entry_point, [A-Z][a-z]{2} "
+                             "[ \\d]\\d \\d{4}\tint ulk::ace::baplug::create_factory\\(void ?\\*\\)"
+                             "\t\\d+\t\t")))
+            << line;
+        long nbr_lines = 2;
+        while (std::getline(log, line)) {
+            EXPECT_EQ(0U, line.find(std::to_string(nbr_lines) + "\t")) << line;
+            ++nbr_lines;
+        }
+        EXPECT_GT(nbr_lines, 2);
+    }
+}
+
+TEST_F(CommandTest, LogFilesThatCannotBeWritten) {
+    std::filesystem::create_directory(_folder + "/folder");
+    for (std::string const path : {"/dev/null/none", "none/log.txt", "folder", "''"}) {
+        auto const outcome = run("--log " + path + " plugins");
+        EXPECT_EQ(4, outcome.code) << path;
+        EXPECT_EQ("", outcome.out);
+        EXPECT_EQ("tessitone: " + (path == "''" ? std::string() : path) +
+                      ": the log file cannot be written\n",
+                  outcome.err);
+    }
+    EXPECT_EQ(1, run("plugins --log").code);
+    // A full device is no reason to give up: the work is worth more than its log.
+    EXPECT_EQ(0, run("plugins --log /dev/full").code);
+}

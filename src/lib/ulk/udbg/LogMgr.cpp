@@ -207,14 +207,15 @@ int LogMgr::dispatch(Record& record) {
 void LogMgr::write_str(char (&dst)[LINE_LEN_MAX + 1], Record const& record, bool newline_flag) {
     txt::out::PrintNa print(dst, LINE_LEN_MAX);
     print.print("");
+    txt::out::DevInterface& dev = print;
     if (_config.indent_thread_flag) {
-        print.print_fill(' ', get_thread_index() * _config.nbr_blanks_per_thread);
+        dev.print_fill(' ', get_thread_index() * _config.nbr_blanks_per_thread);
     }
-    print.print_fill(' ', _indent);
-    auto const add = [&print](bool flag, char const* piece) {
+    dev.print_fill(' ', _indent);
+    auto const add = [&dev](bool flag, char const* piece) {
         if (flag) {
-            print.print_text(piece, piece != nullptr ? static_cast<long>(std::strlen(piece)) : 0);
-            print.print_char('\t');
+            dev.print_text(piece, piece != nullptr ? static_cast<long>(std::strlen(piece)) : 0);
+            dev.print_char('\t');
         }
     };
     add(_config.name_flag, record.name);
@@ -226,9 +227,9 @@ void LogMgr::write_str(char (&dst)[LINE_LEN_MAX + 1], Record const& record, bool
         print.cat("%1%\t").arg(record.line);
     }
     if (newline_flag) {
-        print.print_char('\n');
+        dev.print_char('\n');
     }
-    print.print_end();
+    dev.print_end();
 }
 
 // The first thread to log has index 0.
