@@ -83,7 +83,7 @@ long FileStream::read(archi::UByte* data, long len) {
         archi::Int64 const pos = _pos + done;
         long part = read_window(data + done, len - done, pos);
         if (part == 0 && len - done < BUF_LEN) {
-            part = fill(pos) < 0 ? -1 : read_window(data + done, len - done, pos);
+            part = fill(pos, len - done) < 0 ? -1 : read_window(data + done, len - done, pos);
         } else if (part == 0) {
             part = SysCall::read(_fd, data + done, len - done, conv_pos(pos));
         }
@@ -216,9 +216,13 @@ long FileStream::read_window(archi::UByte* data, long len, archi::Int64 pos) con
 }
 
 // Moves the window to `pos`. The bytes that it then holds, 0 at the end of the file, -1 on failure.
-long FileStream::fill(archi::Int64 pos) {
+// Reading on fills all of it. A jump may be followed by another one, and brings little more than
+// the `len` bytes that are wanted.
+long FileStream::fill(archi::Int64 pos, long len) {
+    bool const jump_flag = pos != _buf_pos + _buf_len;
+    long const fill_len = jump_flag ? std::min(std::max(len, JUMP_LEN), BUF_LEN) : BUF_LEN;
     _buf_len = 0;
-    long const part = SysCall::read(_fd, _buf.get(), BUF_LEN, conv_pos(pos));
+    long const part = SysCall::read(_fd, _buf.get(), fill_len, conv_pos(pos));
     if (part > 0) {
         _buf_pos = pos;
         _buf_len = part;

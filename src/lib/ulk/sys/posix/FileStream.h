@@ -51,15 +51,15 @@ public:
     int get_descriptor() const { return _fd; }
 
 private:
-    static constexpr long BUF_LEN =
-        4096; // bytes; longer transfers go past the buffer, and a jump costs one filling
+    static constexpr long BUF_LEN = 4096; // bytes; longer transfers go past the buffer
+    static constexpr long JUMP_LEN = 512; // read at least behind a jump: a header and its chunks
 
     int prepare_descriptor(int mode);
     void drop();
     archi::Int64 conv_pos(archi::Int64 pos) const { return _seek_flag ? pos : -1; }
     bool can_append(long len) const;
     long read_window(archi::UByte* data, long len, archi::Int64 pos) const;
-    long fill(archi::Int64 pos);
+    long fill(archi::Int64 pos, long len);
     long write_at(archi::UByte const* data, long len, archi::Int64 pos);
 
     int _fd = -1;
