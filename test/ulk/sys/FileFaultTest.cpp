@@ -275,3 +275,27 @@ TEST_F(FileFaultTest, NoDescriptorIsLost) {
     }
     EXPECT_EQ(before, count());
 }
+
+TEST_F(FileFaultTest, ReadingOnCostsACallAPage) {
+    constexpr long page_len = 4096;
+    constexpr long nbr_pages = 10;
+    std::ofstream(_name, std::ios::binary) << make_txt(page_len * nbr_pages, 1);
+    FileFault fault;
+    fault.fail_at(FileFault::FOR_EVER, EIO, FileFault::SysCall::Op_READ);
+    File f;
+    ASSERT_EQ(0, f.open(_name.c_str(), 1));
+    UByte data[8];
+    auto const count_calls = [&](Int64 pos, long nbr_reads) {
+        long const before = fault.get_nbr_calls();
+        EXPECT_EQ(0, f.seek(pos));
+        for (long i = 0; i < nbr_reads; ++i) {
+            EXPECT_EQ(0, f.read(data, sizeof(data)));
+        }
+        return fault.get_nbr_calls() - before;
+    };
+    EXPECT_EQ(nbr_pages, count_calls(0, page_len * nbr_pages / 8));
+    EXPECT_EQ(nbr_pages + 1, count_calls(0, page_len * nbr_pages / 8)); // a jump takes less first
+    EXPECT_EQ(1, count_calls(5000, 512 / 8));
+    EXPECT_EQ(0, count_calls(5000, 512 / 8));
+    EXPECT_EQ(1, count_calls(5000 + 512, (2 * page_len - 5512) / 8)); // to the end of the page
+}

@@ -216,11 +216,12 @@ long FileStream::read_window(archi::UByte* data, long len, archi::Int64 pos) con
 }
 
 // Moves the window to `pos`. The bytes that it then holds, 0 at the end of the file, -1 on failure.
-// Reading on fills all of it. A jump may be followed by another one, and brings little more than
-// the `len` bytes that are wanted.
+// Reading on goes to the end of the page, as reads across pages cost more. A jump may be followed
+// by another one, and brings little more than the `len` bytes that are wanted.
 long FileStream::fill(archi::Int64 pos, long len) {
     bool const jump_flag = pos != _buf_pos + _buf_len;
-    long const fill_len = jump_flag ? std::min(std::max(len, JUMP_LEN), BUF_LEN) : BUF_LEN;
+    long const fill_len = jump_flag ? std::min(std::max(len, JUMP_LEN), BUF_LEN)
+                                    : BUF_LEN - static_cast<long>(pos % BUF_LEN);
     _buf_len = 0;
     long const part = SysCall::read(_fd, _buf.get(), fill_len, conv_pos(pos));
     if (part > 0) {

@@ -51,7 +51,7 @@ public:
     int get_descriptor() const { return _fd; }
 
 private:
-    static constexpr long BUF_LEN = 4096; // bytes; longer transfers go past the buffer
+    static constexpr long BUF_LEN = 4096; // bytes, a page; longer transfers go past the buffer
     static constexpr long JUMP_LEN = 512; // read at least behind a jump: a header and its chunks
 
     int prepare_descriptor(int mode);
