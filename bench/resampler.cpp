@@ -124,13 +124,14 @@ void run(benchmark::State& state, Resample const& resample) {
     }
 }
 
-BENCHMARK_CAPTURE(run, voice_lerp, resample_voice<InterpolatorLerp>);
-BENCHMARK_CAPTURE(run, voice_hermite43, resample_voice<InterpolatorHermite43>);
+BENCHMARK_CAPTURE(run, lerp, resample_voice<InterpolatorLerp>)->Name("line/tessitone");
+BENCHMARK_CAPTURE(run, hermite, resample_voice<InterpolatorHermite43>)->Name("cubic/tessitone");
 #ifdef HAS_RIVALS
-BENCHMARK_CAPTURE(run, libsamplerate_linear, resample_src<SRC_LINEAR>);
-BENCHMARK_CAPTURE(run, libsamplerate_sinc_fastest, resample_src<SRC_SINC_FASTEST>);
-BENCHMARK_CAPTURE(run, soxr_quick, resample_soxr<SOXR_QQ>);
-BENCHMARK_CAPTURE(run, soxr_high, resample_soxr<SOXR_HQ>);
+BENCHMARK_CAPTURE(run, src_linear, resample_src<SRC_LINEAR>)->Name("line/libsamplerate linear");
+BENCHMARK_CAPTURE(run, soxr_quick, resample_soxr<SOXR_QQ>)->Name("cubic/soxr quick");
+BENCHMARK_CAPTURE(run, soxr_high, resample_soxr<SOXR_HQ>)->Name("cubic/soxr high");
+BENCHMARK_CAPTURE(run, src_sinc, resample_src<SRC_SINC_FASTEST>)
+    ->Name("cubic/libsamplerate fastest sinc");
 #endif
 
 } // namespace
