@@ -26,9 +26,6 @@ public:
     void process_block_split(float* low, float* high, float const* src, long nbr_spl);
 
 private:
-    // The same section of both branches, the one fed by the second sample of a pair first.
-    using Pair = float __attribute__((vector_size(2 * sizeof(float))));
-
     template <class F>
     void process(float const* src, long nbr_spl, F put);
 

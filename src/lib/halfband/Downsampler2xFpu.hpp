@@ -32,25 +32,28 @@ void Downsampler2xFpu<NC>::process_sample_split(float& low, float& high, float c
 
 template <int NC>
 void Downsampler2xFpu<NC>::process_block(float* dest, float const* src, long nbr_spl) {
-    process(src, nbr_spl, [=](long pos, Pair out) { dest[pos] = (out[0] + out[1]) * 0.5f; });
+    process(src, nbr_spl,
+            [=](long pos, float even, float odd) { dest[pos] = (even + odd) * 0.5f; });
 }
 
 template <int NC>
 void Downsampler2xFpu<NC>::process_block_split(float* low, float* high, float const* src,
                                                long nbr_spl) {
-    process(src, nbr_spl, [=](long pos, Pair out) {
-        float const sum = (out[0] + out[1]) * 0.5f;
+    process(src, nbr_spl, [=](long pos, float even, float odd) {
+        float const sum = (even + odd) * 0.5f;
         low[pos] = sum;
-        high[pos] = out[0] - sum;
+        high[pos] = even - sum;
     });
 }
 
-// Calls put(position, results of the branches) for each pair of samples. Runs on locals, which stay
-// in registers. A section's last output is the next one's last input, so that one memory of both is
-// enough: line[k] enters section k, line[k + 1] has left it.
+// Calls put(position, result of the even branch, result of the odd one) for each pair of samples.
+// Both branches go side by side, the one fed by the second sample of a pair first, on locals that
+// stay in registers. A section's last output is the next one's last input, so that one memory of
+// both is enough: line[k] enters section k, line[k + 1] has left it.
 template <int NC>
 template <class F>
 void Downsampler2xFpu<NC>::process(float const* src, long nbr_spl, F put) {
+    using Pair = float __attribute__((vector_size(2 * sizeof(float))));
     constexpr int nbr_sections = NC / 2;
     Pair coef[nbr_sections];
     Pair line[nbr_sections + 1];
@@ -66,7 +69,7 @@ void Downsampler2xFpu<NC>::process(float const* src, long nbr_spl, F put) {
             val = out;
         }
         line[nbr_sections] = val;
-        put(pos, val);
+        put(pos, val[0], val[1]);
     }
     std::memcpy(_x, line, sizeof(_x));
     std::memcpy(_y, line + 1, sizeof(_y));

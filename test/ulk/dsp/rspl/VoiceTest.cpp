@@ -3,6 +3,7 @@
 #include "ulk/dsp/rspl/InterpolatorLerp.h"
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -252,6 +253,20 @@ TEST(VoiceTest, PlaysAWholeSampleAndEnds) {
         EXPECT_EQ(out[1][static_cast<std::size_t>(i)], src.get(1, i));
     }
     EXPECT_FALSE(rig._voice.is_active());
+}
+
+TEST(VoiceTest, LoopOfAnyLengthEndsWithTheSample) {
+    Source src(50, 1);
+    Scene scene;
+    scene.loop_mode = Voice::LoopMode_FORWARD;
+    scene.loop_beg = 20;
+    scene.loop_len = std::numeric_limits<long long>::max();
+    Rig rig(src, scene);
+    rig._voice.start(false);
+    Output const out = rig.run(200);
+    for (long long i = 0; i < 200; ++i) {
+        ASSERT_EQ(out[0][static_cast<std::size_t>(i)], src.get(0, i < 50 ? i : 20 + (i - 50) % 30));
+    }
 }
 
 // The operation itself may be overridden, too.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <limits>
 
 namespace ulk::dsp::rspl {
 
@@ -112,7 +113,7 @@ void Voice::conv_pos_flt_to_fix(long long& pos, unsigned int& frac, double pos_f
 void Voice::set_loop_info(LoopMode mode, long long beg, long long len) {
     _loop_mode = mode;
     _loop_beg = beg;
-    _loop_end = beg + len;
+    _loop_end = beg + std::min(len, std::numeric_limits<long long>::max() - std::max(beg, 0LL));
 }
 
 void Voice::start(bool fade_flag) {
