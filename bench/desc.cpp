@@ -129,8 +129,9 @@ void read_json(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(copy_bytes);
-BENCHMARK(write_bin);
-BENCHMARK(write_json);
-BENCHMARK(read_bin);
-BENCHMARK(read_json);
+BENCHMARK(write_bin)->Name("write_desc/tessitone");
+BENCHMARK(write_json)->Name("write_desc/nlohmann_json");
+BENCHMARK(copy_bytes)->Name("write_desc/memcpy");
+BENCHMARK(read_bin)->Name("read_desc/tessitone");
+BENCHMARK(read_json)->Name("read_desc/nlohmann_json");
+BENCHMARK(copy_bytes)->Name("read_desc/memcpy");

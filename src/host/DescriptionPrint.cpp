@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace ulk::host {
 
@@ -13,11 +14,21 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Row = std::vector<std::string>;
 
-// A document may hold any bytes: nothing of it is to steer the terminal.
-std::string clean(std::string txt) {
-    std::replace_if(
-        txt.begin(), txt.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-    return txt;
+// A document may hold any bytes: nothing of it is to steer the terminal. Control characters, the
+// two-byte ones from U+0080 to U+009F too, become question marks, and bytes that are no UTF-8
+// U+FFFD.
+std::string clean(std::string const& txt) {
+    Json const valid = Json::parse(Json(txt).dump(-1, ' ', false, Json::error_handler_t::replace));
+    std::string shown;
+    for (char const byte : valid.get<std::string>()) {
+        auto const c = static_cast<unsigned char>(byte);
+        if (shown.ends_with('\xC2') && c < 0xA0) {
+            shown.back() = '?';
+        } else {
+            shown.push_back(c < 0x20 || c == 0x7F ? '?' : byte);
+        }
+    }
+    return shown;
 }
 
 std::string join(Json const& list, char const* separator = ", ") {
@@ -34,10 +45,11 @@ std::size_t count_chars(std::string const& txt) {
 }
 
 // Columns as wide as their longest text, two blanks between them.
-std::string make_table(std::vector<Row> const& row_list) {
+std::string make_table(std::vector<Row> row_list) {
     std::vector<std::size_t> width_arr(row_list.front().size(), 0);
-    for (Row const& row : row_list) {
+    for (Row& row : row_list) {
         for (std::size_t col = 0; col < row.size(); ++col) {
+            row[col] = clean(row[col]);
             width_arr[col] = std::max(width_arr[col], count_chars(row[col]));
         }
     }
@@ -45,9 +57,8 @@ std::string make_table(std::vector<Row> const& row_list) {
     for (Row const& row : row_list) {
         std::string line = " ";
         for (std::size_t col = 0; col < row.size(); ++col) {
-            std::string const cell = clean(row[col]);
-            line.append(" ").append(cell);
-            line.append(width_arr[col] - count_chars(cell) + 1, ' ');
+            line.append(" ").append(row[col]);
+            line.append(width_arr[col] - count_chars(row[col]) + 1, ' ');
         }
         txt += line.erase(line.find_last_not_of(' ') + 1) + "\n";
     }
@@ -55,7 +66,10 @@ std::string make_table(std::vector<Row> const& row_list) {
 }
 
 std::string get_number(double val) {
-    return prout::DescXmlTxt::conv_double_to_txt(val);
+    if (!std::isfinite(val)) {
+        return std::isnan(val) ? "not a number" : val < 0 ? "-infinity" : "infinity";
+    }
+    return prout::DescXmlTxt::conv_double_to_txt(val + 0.0); // a zero has no sign
 }
 
 std::string print_params(std::string const& scope, Json const& list) {

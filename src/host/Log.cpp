@@ -6,7 +6,6 @@
 #include "ulk/udbg/LogMgr.h"
 #include "ulk/util/LogMgr.h"
 
-#include <atomic>
 #include <cstdio>
 
 namespace ulk::host {
@@ -59,10 +58,9 @@ private:
 };
 
 Held held;
-std::atomic<int> nbr_quiet{0};
 
 bool is_complaint(int level) {
-    return nbr_quiet == 0 && level >= Debugger::Level_PANIC && level <= Debugger::Level_WARNING;
+    return level >= Debugger::Level_PANIC && level <= Debugger::Level_WARNING;
 }
 
 } // namespace
@@ -94,14 +92,6 @@ void Log::keep_all(std::string const& path) {
 void Log::flush() {
     util::LogMgr::use_instance().flush();
     held.print(nullptr);
-}
-
-Log::Quiet::Quiet() {
-    ++nbr_quiet;
-}
-
-Log::Quiet::~Quiet() {
-    --nbr_quiet;
 }
 
 } // namespace ulk::host

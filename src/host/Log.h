@@ -17,15 +17,6 @@ public:
     static void keep_all(std::string const& path);
 
     static void flush();
-
-    // While one lives, no complaint goes to standard error: for trials that may fail.
-    class Quiet {
-    public:
-        Quiet();
-        ~Quiet();
-        Quiet(Quiet const&) = delete;
-        Quiet& operator=(Quiet const&) = delete;
-    };
 };
 
 } // namespace ulk::host

@@ -103,8 +103,9 @@ TEST(DescLogTest, PinConfigurations) {
     ByteWriter pcls = ByteWriter().u32(0).u32(1);
     for (char const* field : field_arr) {
         Lines const lines = read_part("pcls", pcls);
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(std::string("DescPinConf: Error while reading ") + field, lines.front());
+        EXPECT_EQ((Lines{std::string("DescPinConf: Error while reading ") + field,
+                         "DescPinConfList: Error while reading size"}),
+                  lines);
         pcls.u32(0);
     }
     EXPECT_EQ(Lines{}, read_part("pcls", pcls));
@@ -129,8 +130,9 @@ TEST(DescLogTest, Parameters) {
                                                  {"_type_data", 4},
                                                  {"_type_use", 4}}) {
         Lines const lines = read_cut_param(pos);
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(std::string("DescParam: Error while reading ") + field.name, lines.front());
+        EXPECT_EQ((Lines{std::string("DescParam: Error while reading ") + field.name,
+                         "DescParamList: Error while reading param scope size"}),
+                  lines);
         pos += field.len;
     }
     EXPECT_EQ(Lines{"DescParamList: Error while reading param scope size"}, read_cut_param(pos));

@@ -8,6 +8,7 @@
 #include "ulk/util/BinaryStreamOutput.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace ulk::prout {
 
@@ -61,12 +62,11 @@ int DescMain::conv_to_bin(unsigned char* data, int& len) const {
     if (int const ret = conv_to_bin(doc); ret != ace::Err_OK) {
         return ret;
     }
-    int const doc_len = static_cast<int>(doc.size());
-    if (doc_len > len) {
+    if (doc.size() > static_cast<std::size_t>(std::max(len, 0))) {
         return ace::Err_NO_ROOM;
     }
     std::copy(doc.begin(), doc.end(), data);
-    len = doc_len;
+    len = static_cast<int>(doc.size());
     return ace::Err_OK;
 }
 
@@ -132,7 +132,9 @@ int DescMain::read_part(util::BinaryStreamInput& in, AtomList* atom_list_ptr) {
     if (DescInterface* const part = find(atom); part != nullptr) {
         return part->read(in);
     }
-    return in.advance(static_cast<long>(len - part_head_len), "DescMain: skipping atom failed");
+    constexpr unsigned long max_dist = std::numeric_limits<long>::max(); // never a way back
+    unsigned long const dist = std::min<unsigned long>(len - part_head_len, max_dist);
+    return in.advance(static_cast<long>(dist), "DescMain: skipping atom failed");
 }
 
 } // namespace ulk::prout
