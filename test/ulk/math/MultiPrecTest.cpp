@@ -9,6 +9,7 @@
 #include <limits>
 #include <random>
 #include <stdexcept>
+#include <utility>
 
 using Float = ulk::math::FloatMultiPrec<4>;
 
@@ -184,4 +185,19 @@ TEST(IntMultiPrecTest, ProductTellsItsShift) {
     zero.shift_right(0, true);
     zero.shift_right(1000, true);
     EXPECT_EQ(4, zero.mul_normalise(other, false));
+}
+
+TEST(FloatMultiPrecPrintTest, LowerBoundIsNearerOnlyBelowTheLastBitItself) {
+    auto const find_bounds = [](double val, long mantissa_bits) {
+        ulk::math::FloatMultiPrecPrint<4> print;
+        print._value.from_dbl(val);
+        print._mantissa_bits = mantissa_bits;
+        print.prepare();
+        return std::pair(print._low_bound.to_dbl(), print._high_bound.to_dbl());
+    };
+    EXPECT_EQ(std::pair(1.5, 3.0), find_bounds(2.0, 1));
+    EXPECT_EQ(std::pair(2.0, 4.0), find_bounds(3.0, 1)); // more than one bit of its own
+    EXPECT_EQ(std::pair(1.5, 2.5), find_bounds(2.0, 2));
+    double const half_ulp = std::ldexp(1.0, -53);
+    EXPECT_EQ(1.0, find_bounds(1.0, 53).first + half_ulp); // symmetric at a power of two
 }

@@ -38,7 +38,7 @@ public:
 
     // Next argument. p1 to p4 are the parameters that "!" and "$" reach in its options. Arguments
     // from the 65th on are ignored; from 2^63 up, an unsigned value shows as a negative number.
-    // A null string is empty. A type shows by its name.
+    // A null string is empty. A type shows by its name; the others are real-time.
     PrintInterface& arg(int val, long p1 = 0, long p2 = 0, long p3 = 0, long p4 = 0) {
         return push_int(val, p1, p2, p3, p4);
     }
