@@ -409,6 +409,17 @@ TEST_F(BasicMixingRampTest, any_levels_of_any_size) {
     }
 }
 
+// Infinities, NaN and denormals among them, and ends so near that a step is a part of a distance.
+TEST_F(BasicMixingRampTest, levels_of_any_bits) {
+    for (int i = 0; i < 20000; ++i) {
+        std::uint32_t const beg = static_cast<std::uint32_t>(_rng());
+        std::uint32_t const end = static_cast<std::uint32_t>(_rng());
+        long const len = 1 + static_cast<long>(_rng() % 200);
+        check(std::bit_cast<float>(beg), std::bit_cast<float>(end), len);
+        check(std::bit_cast<float>(beg), std::bit_cast<float>(beg + end % 4096 - 2048), len);
+    }
+}
+
 TEST_F(BasicMixingRampTest, through_zero_and_to_zero) {
     for (long len : {16, 64, 1000, 1024, 4096}) {
         check(0.0f, 1.0f, len);
