@@ -190,6 +190,16 @@ TEST_F(FileLogTest, DatesAndReferences) {
     EXPECT_EQ(make_line("modification", 5),
               run(
                   -2984, [&] { return _file.get_modification_date(_date); }, Op::Op_STAT));
+    for (char const* const what : {"create", "modification"}) {
+        auto lines = make_line(what, 22);
+        lines.insert(lines.begin(),
+                     "E UCConvertUTCDateTimeToCFAbsoluteTime failed with error -8850");
+        bool const create_flag = what[0] == 'c';
+        EXPECT_EQ(lines, run(create_flag ? -2987 : -2986, [&] {
+                      return create_flag ? _file.set_creation_date(sys::UtcTime())
+                                         : _file.set_modification_date(sys::UtcTime());
+                  }));
+    }
     ASSERT_EQ(0, write("pending"));
     EXPECT_EQ(make_line("create", 28),
               run(

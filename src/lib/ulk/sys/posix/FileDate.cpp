@@ -44,6 +44,12 @@ UtcTime conv(TimeStamp const& stamp) {
     return date;
 }
 
+// False for what is no date, which the conversion tells in the log.
+bool conv(UTCDateTime& stamp, UtcTime const& date) {
+    MacTimeFnc::UtcTime_to_UTCDateTime(stamp, date);
+    return date.is_valid();
+}
+
 } // namespace
 
 int FileDate::get_creation(UtcTime& date, int fd) {
@@ -65,7 +71,8 @@ int FileDate::get_creation(UtcTime& date, int fd) {
 }
 
 int FileDate::set_creation(int fd, UtcTime const& date) {
-    if (!date.is_valid()) {
+    UTCDateTime stamp;
+    if (!conv(stamp, date)) {
         return EINVAL;
     }
     char txt[max_attribute_len];
@@ -83,11 +90,10 @@ int FileDate::get_modification(UtcTime& date, int fd) {
 }
 
 int FileDate::set_modification(int fd, UtcTime const& date) {
-    if (!date.is_valid()) {
+    UTCDateTime stamp;
+    if (!conv(stamp, date)) {
         return EINVAL;
     }
-    UTCDateTime stamp;
-    MacTimeFnc::UtcTime_to_UTCDateTime(stamp, date);
     TimeStamp const ts = {stamp.sec, static_cast<archi::UInt32>(stamp.nsec)};
     return SysCall::set_modification_date(fd, ts) == 0 ? 0 : errno;
 }
