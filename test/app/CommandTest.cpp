@@ -116,6 +116,17 @@ TEST_F(CommandTest, DescribesAPlugInInEachForm) {
     }
 }
 
+TEST_F(CommandTest, DescribesParametersWithTheirDefaults) {
+    std::string const out = run("describe Brevanto#TessitoneDryWet").out;
+    for (char const* row : {"  0  Bypass             0 to 1  Off        discrete    natural ",
+                            "  1  Wet/Dry Mix  %     0 to 1  100 /   0  continuous  normalised ",
+                            "  2  Gain         dB    0 to 4  +0         continuous  normalised "}) {
+        EXPECT_NE(std::string::npos, out.find(row)) << out;
+    }
+    std::string const json = run("describe Brevanto#TessitoneDryWet --format json").out;
+    EXPECT_NE(std::string::npos, json.find("\"default_txt\": \"Off\"")) << json;
+}
+
 TEST_F(CommandTest, DamagedDescriptionsAreRefused) {
     for (char const* form : {"bin", "xml"}) {
         run(std::string("describe --format ") + form + " -o doc");
