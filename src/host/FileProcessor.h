@@ -1,20 +1,26 @@
 #pragma once
 
+#include "host/ParamChange.h"
+
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace ulk::host {
 
 class Bundle;
 
-// Runs a sound file through one plug-in, block by block, into another file of the same encoding.
+// Runs sound files through one plug-in, block by block, into another file with the encoding of the
+// first. Each file feeds one input pin; files that end early go on as silence.
 class FileProcessor {
 public:
     struct Settings {
         std::string plug_id;
-        std::string in_path;
+        std::vector<std::string> in_path_arr; // by input pin; one or more, of one sample frequency
         std::string out_path;
-        long block_len = 512; // frames
+        long block_len = 512;                // frames
+        std::vector<ParamChange> start_arr;  // in force from the first frame, without any fade
+        std::vector<ParamChange> change_arr; // on the way; what comes behind the end is left out
     };
 
     struct Result {
@@ -29,7 +35,7 @@ public:
     // Frames done, frames in all.
     using Progress = std::function<void(long long done, long long total)>;
 
-    // Throws an Error; the output is then incomplete.
+    // Throws an Error; the output is then incomplete, or untouched if the settings are wrong.
     static Result run(Bundle& bundle, Settings const& settings, Progress const& progress);
 };
 

@@ -1,8 +1,11 @@
 // The command line as a user meets it: what it prints, where, and how it exits.
 
+#include "host/SoundFileReader.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +13,7 @@
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <vector>
 
 namespace {
 
@@ -149,6 +153,69 @@ TEST_F(CommandTest, HelpAndVersion) {
     }
 }
 
+#define DRYWET                                                                                     \
+    "process --plugin Brevanto#TessitoneDryWet --in /usr/share/sounds/alsa/Front_Center.wav --in " \
+    "/usr/share/sounds/alsa/Front_Left.wav "
+
+namespace {
+
+// A mono file as samples.
+std::vector<float> read_sound(std::string const& path) {
+    ulk::host::SoundFileReader reader(path);
+    std::vector<float> samples(static_cast<std::size_t>(reader.get_len()));
+    float* chn_arr[] = {samples.data()};
+    EXPECT_EQ(reader.get_len(), reader.read(chn_arr, static_cast<long>(reader.get_len())));
+    return samples;
+}
+
+} // namespace
+
+TEST_F(CommandTest, MixesFilesByNamedParameters) {
+    auto const wet = read_sound(wav);
+    auto const dry = read_sound("/usr/share/sounds/alsa/Front_Left.wav");
+    ASSERT_LT(wet.size(), dry.size());
+    struct Case {
+        char const* args;
+        float wet;
+        float dry;
+    };
+    for (Case const& c :
+         {Case{"", 1, 0}, Case{"--set Byp=On", 0, 1}, Case{"--set bypass=1", 0, 1},
+          Case{"--set 0=on --set 0=off", 1, 0}, Case{"--set 'Wet/Dry Mix=30'", 0.3f, 0.7f},
+          Case{"--set 1=50 --set 'Gain=-6.0206 dB' --block 64", 0.25f, 0.5f},
+          Case{"--set gain=-oo", 0, 0}}) {
+        auto const outcome = run(std::string(DRYWET "out.wav ") + c.args);
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        auto const out = read_sound(_folder + "/out.wav");
+        ASSERT_EQ(dry.size(), out.size()); // the longer of both
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            float const wet_val = i < wet.size() ? wet[i] : 0;
+            ASSERT_NEAR(wet_val * c.wet + dry[i] * c.dry, out[i], 1.01 / 32768) << c.args << i;
+        }
+    }
+}
+
+TEST_F(CommandTest, ChangesParametersOnTheWay) {
+    std::ofstream(_folder + "/changes.csv") << "time,parameter,value,ramp\n1,gain,0\n"
+                                            << "0.5,Gain,\"-6 dB\",0.25\n";
+    auto const outcome = run(DRYWET "out.wav --at 0.5 'Gain=-6 dB' --ramp 0.25 --at 1 2=0");
+    ASSERT_EQ(0, outcome.code) << outcome.err;
+    ASSERT_EQ(0, run(DRYWET "csv.wav --automation changes.csv").code);
+    EXPECT_TRUE(read_file(_folder + "/out.wav") == read_file(_folder + "/csv.wav"));
+    auto const wet = read_sound(wav);
+    auto const out = read_sound(_folder + "/out.wav");
+    constexpr double step = 1.01 / 32768;
+    for (std::size_t i = 0; i < wet.size(); ++i) {
+        if (i <= 24000 || i > 48000 + 241) {
+            ASSERT_NEAR(wet[i], out[i], step) << i;
+        } else if (i >= 36000 && i < 48000) {
+            ASSERT_NEAR(wet[i] * 0.501187f, out[i], step) << i;
+        } else {
+            ASSERT_LE(std::abs(out[i]), std::abs(wet[i]) + step) << i;
+        }
+    }
+}
+
 struct SillyCase {
     char const* args;
     int code;
@@ -160,6 +227,9 @@ class SillyCommandTest : public CommandTest, public ::testing::WithParamInterfac
 TEST_P(SillyCommandTest, EndsPlainly) {
     std::ofstream(_folder + "/text.wav") << "no sound at all";
     std::filesystem::create_directory(_folder + "/folder");
+    std::ofstream(_folder + "/short.csv") << "0,Gain,1\n\n1,Gain\n";
+    std::ofstream(_folder + "/whom.csv") << "# nobody\n0.1,Nobody,1\n";
+    std::ofstream(_folder + "/what.csv") << "0.1,Gain,loud\n";
     auto const outcome = run(GetParam().args);
     EXPECT_EQ(GetParam().code, outcome.code);
     EXPECT_NE(std::string::npos, outcome.err.find(GetParam().message)) << outcome.err;
@@ -179,7 +249,34 @@ INSTANTIATE_TEST_SUITE_P(
         SillyCase{"plugins --nonsense", 1, "--nonsense"},
         SillyCase{BYPASS WAV " out.wav --block 0", 1, "--block"},
         SillyCase{BYPASS WAV " out.wav --block many", 1, "--block"},
-        SillyCase{BYPASS WAV " out.wav more.wav", 1, "more.wav"},
+        SillyCase{BYPASS WAV " out.wav more.wav", 1, "more.wav is one file"},
+        SillyCase{BYPASS WAV, 1, "IN and OUT are required"},
+        SillyCase{BYPASS WAV " --in " WAV " out.wav", 1, "out.wav is one file too many"},
+        SillyCase{BYPASS "--in " WAV " --in " WAV " out.wav", 1, "does not take one input of"},
+        SillyCase{BYPASS WAV " out.wav --set Gain=1", 1, "Bypass has none"},
+        SillyCase{DRYWET, 1, "behind --in, OUT is required"},
+        SillyCase{DRYWET "--in none.wav out.wav", 2, "none.wav: no such file"},
+        SillyCase{DRYWET WAV, 1, "input and output are the same file"},
+        SillyCase{DRYWET "out.wav --set", 1, "--set"},
+        SillyCase{DRYWET "out.wav --set nonsense", 1, "\"nonsense\" is no NAME=VALUE"},
+        SillyCase{DRYWET "out.wav --set =1", 1, "is no NAME=VALUE"},
+        SillyCase{DRYWET "out.wav --set Drive=1", 1, "has 0 \"Bypass\", 1 \"Wet/Dry Mix\", 2 "},
+        SillyCase{DRYWET "out.wav --set 3=1", 1, "no such parameter"},
+        SillyCase{DRYWET "out.wav --set Gain=", 1, "Cannot convert parameter value"},
+        SillyCase{DRYWET "out.wav --set Gain=loud", 1, "Cannot convert parameter value"},
+        SillyCase{DRYWET "out.wav --set 1=150", 1, "Out of range"},
+        SillyCase{DRYWET "out.wav --at 1", 1, "--at"},
+        SillyCase{DRYWET "out.wav --at soon Gain=1", 1, "\"soon\" is no time in seconds"},
+        SillyCase{DRYWET "out.wav --at 1e99 Gain=1", 1, "is no time in seconds"},
+        SillyCase{DRYWET "out.wav --at 1 Drive=1", 1, "--at 1: \"Drive\": no such parameter"},
+        SillyCase{DRYWET "out.wav --ramp 1", 1, "--ramp 1: belongs behind an --at"},
+        SillyCase{DRYWET "out.wav --at 1 2=1 --ramp 1 --ramp 2", 1, "--ramp 2: belongs"},
+        SillyCase{DRYWET "out.wav --at 1 2=1 --ramp long", 1, "\"long\" is no ramp in seconds"},
+        SillyCase{DRYWET "out.wav --automation none.csv", 2, "none.csv: cannot be read"},
+        SillyCase{DRYWET "out.wav --automation folder", 2, "folder: cannot be read"},
+        SillyCase{DRYWET "out.wav --automation short.csv", 2, "short.csv:3: 2 fields"},
+        SillyCase{DRYWET "out.wav --automation whom.csv", 1, "whom.csv:2: \"Nobody\": no such"},
+        SillyCase{DRYWET "out.wav --automation what.csv", 1, "what.csv:1: Gain: \"loud\""},
         SillyCase{BYPASS "none.wav out.wav", 2, "tessitone: none.wav: no such file"},
         SillyCase{BYPASS "text.wav out.wav", 2, "text.wav: not a sound file"},
         SillyCase{BYPASS "folder out.wav", 2, "folder: a directory"},
