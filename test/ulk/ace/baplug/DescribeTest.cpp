@@ -91,6 +91,7 @@ TEST_P(DescribeTest, FailedAllocationsChangeNothing) {
 
 INSTANTIATE_TEST_SUITE_P(Components, DescribeTest,
                          ::testing::Values(Golden{nullptr, 228, 0x00EC0681},
+                                           Golden{"Brevanto#TessitoneAudioTape", 2156, 0x507824F3},
                                            Golden{"Brevanto#TessitoneBypass", 196, 0x641F84D9},
                                            Golden{"Brevanto#TessitoneDryWet", 400, 0x76D1ED7A},
                                            Golden{"Brevanto#TessitoneAudioInput", 568, 0x9C284827},

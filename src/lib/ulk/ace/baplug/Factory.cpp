@@ -6,6 +6,7 @@
 #include "ulk/ace/baplug/DryWet.h"
 #include "ulk/ace/baplug/InOut.h"
 #include "ulk/ace/baplug/PluginType.h"
+#include "ulk/ace/baplug/Tape.h"
 #include "ulk/kryn/Component.h"
 #include "ulk/pibase/Tools.h"
 #include "ulk/udbg/log.h"
@@ -83,6 +84,9 @@ int Factory::instantiate(Instantiate& cmd) {
         case PluginType_AUDIO_INPUT:
         case PluginType_AUDIO_OUTPUT:
             new InOut(com, type);
+            break;
+        case PluginType_TAPE:
+            new Tape(com);
             break;
         case PluginType_BYPASS:
             new Bypass(com);

@@ -24,7 +24,8 @@ public:
     void set_val(double val);                                     // real-time; a jump
     void set_ramp(long ramp_len, double val_beg, double val_end); // real-time; 0 frames: a jump
     void tick(long len);                                          // real-time; in frames
-    void clear_buffers(); // real-time; ends all at the target
+    void clear_buffers();                          // real-time; ends all at the target
+    void end_smoothing() { _smooth_flag = false; } // real-time; the ramp goes on
 
     // real-time. Lowers len so that no change of slope of the effective value lies inside.
     void bound_len(long& len) const;
