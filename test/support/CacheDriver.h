@@ -31,11 +31,13 @@ public:
     // A number from 0 to its argument - 1.
     using Dice = std::function<unsigned long(unsigned long)>;
 
-    explicit CacheDriver(Dice dice)
+    // Over files of these lengths, in frames, of 1 to nbr_chn_max channels.
+    explicit CacheDriver(Dice dice,
+                         std::vector<long> const& len_list = {0, 1, 59, 60, 61, 120, 333, 1000},
+                         int nbr_chn_max = 3)
         : _dice(std::move(dice)) {
-        static constexpr long len_list[] = {0, 1, 59, 60, 61, 120, 333, 1000};
         for (long const len : len_list) {
-            for (int nbr_chn = 1; nbr_chn <= 3; ++nbr_chn) {
+            for (int nbr_chn = 1; nbr_chn <= nbr_chn_max; ++nbr_chn) {
                 make_file(nbr_chn, len);
             }
         }
