@@ -109,7 +109,7 @@ TEST_F(SplCacheBkgTest, MemoryThatCannotBeHad) {
     EXPECT_FALSE(cache.do_run_slice());
     EXPECT_EQ(0, cache.add_memory(30, 0));
     EXPECT_EQ(3u, list_lru().size());
-    EXPECT_EQ(Err_EXCEPTION, cache.add_memory(1L << 60, 0));
+    EXPECT_EQ(Err_EXCEPTION, cache.add_memory(1L << 61, 0));
     EXPECT_EQ(3u, list_lru().size());
 }
 
