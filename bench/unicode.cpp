@@ -164,7 +164,7 @@ void add_texts(benchmark::internal::Benchmark* bench) {
     bench->ArgName("mixed")->Arg(ASCII)->Arg(MIXED);
 }
 
-BENCHMARK(run_category)->Name("category/ulk")->Apply(add_texts);
+BENCHMARK(run_category)->Name("category/tessitone")->Apply(add_texts);
 #ifdef HAS_ICU
 void run_category_icu(benchmark::State& state) {
     run_property(state, [](Char c) { return u_charType(c); });
@@ -172,7 +172,7 @@ void run_category_icu(benchmark::State& state) {
 BENCHMARK(run_category_icu)->Name("category/ICU")->Apply(add_texts);
 #endif
 
-BENCHMARK(run_upper)->Name("upper/ulk")->Apply(add_texts);
+BENCHMARK(run_upper)->Name("upper/tessitone")->Apply(add_texts);
 #ifdef HAS_ICU
 void run_upper_icu(benchmark::State& state) {
     run_property(state, [](Char c) { return u_toupper(c); });
@@ -180,7 +180,7 @@ void run_upper_icu(benchmark::State& state) {
 BENCHMARK(run_upper_icu)->Name("upper/ICU")->Apply(add_texts);
 #endif
 
-BENCHMARK(run_upper_text)->Name("upper text/ulk")->Apply(add_texts);
+BENCHMARK(run_upper_text)->Name("upper text/tessitone")->Apply(add_texts);
 #ifdef HAS_ICU
 void run_upper_text_icu(benchmark::State& state) {
     UErrorCode err = U_ZERO_ERROR;
@@ -198,7 +198,7 @@ void run_upper_text_icu(benchmark::State& state) {
 BENCHMARK(run_upper_text_icu)->Name("upper text/ICU")->Apply(add_texts);
 #endif
 
-BENCHMARK(run_check)->Name("validation/ulk")->Apply(add_texts);
+BENCHMARK(run_check)->Name("validation/tessitone")->Apply(add_texts);
 #ifdef HAS_UNISTRING
 void run_check_unistring(benchmark::State& state) {
     std::string const& text = use_text(state);
@@ -211,7 +211,7 @@ void run_check_unistring(benchmark::State& state) {
 BENCHMARK(run_check_unistring)->Name("validation/libunistring")->Apply(add_texts);
 #endif
 
-BENCHMARK(run_decode)->Name("decoding/ulk")->Apply(add_texts);
+BENCHMARK(run_decode)->Name("decoding/tessitone")->Apply(add_texts);
 #ifdef HAS_ICU
 void run_decode_icu(benchmark::State& state) {
     std::string const& text = use_text(state);
@@ -243,10 +243,10 @@ void run_decode_unistring(benchmark::State& state) {
 BENCHMARK(run_decode_unistring)->Name("decoding/libunistring")->Apply(add_texts);
 #endif
 
-BENCHMARK(run_search)->Name("search/ulk")->Apply(add_texts);
+BENCHMARK(run_search)->Name("search/tessitone")->Apply(add_texts);
 BENCHMARK(run_strcasestr)->Name("search/strcasestr")->Apply(add_texts);
 
-BENCHMARK(run_lines)->Name("lines/ulk")->Apply(add_texts);
+BENCHMARK(run_lines)->Name("lines/tessitone")->Apply(add_texts);
 #ifdef HAS_ICU
 void run_lines_icu(benchmark::State& state) {
     std::vector<Char> const chars = decode(use_text(state));

@@ -26,6 +26,11 @@ public:
         std::lock_guard const lock(use_shared().mutex);
         return std::exchange(_line_list, {});
     }
+    // The signatures of the functions that wrote them, since the last call.
+    std::vector<std::string> take_functions() {
+        std::lock_guard const lock(use_shared().mutex);
+        return std::exchange(_function_list, {});
+    }
 
 private:
     struct Shared {
@@ -47,6 +52,7 @@ private:
                                       : record.level == 4 ? "I "
                                                           : "? ";
             catcher_ptr->_line_list.push_back(std::string(level) + record.text);
+            catcher_ptr->_function_list.emplace_back(record.function);
         }
         return 0;
     }
@@ -60,6 +66,7 @@ private:
     static inline bool const _installed_flag = install();
 
     std::vector<std::string> _line_list;
+    std::vector<std::string> _function_list;
 };
 
 } // namespace test

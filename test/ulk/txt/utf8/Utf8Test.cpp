@@ -288,6 +288,65 @@ TEST(Utf8Test, SearchSeesEveryPlace) {
     }
 }
 
+// Every character with two cases, both ways round, at the end of a text that is searched in blocks.
+TEST(Utf8Test, SearchFindsEveryCase) {
+    int nbr_pairs = 0;
+    for (Char c = 1; c < 0x110000; ++c) {
+        long const upper = CharData::to_upper(c);
+        if (upper == c) {
+            continue;
+        }
+        std::string seq;
+        std::string upper_seq;
+        Codec8::encode_char(seq, c);
+        Codec8::encode_char(upper_seq, static_cast<Char>(upper));
+        for (char const* const filler : {".", "\xC3\xB7"}) {
+            std::string text;
+            while (text.size() < 100) {
+                text += filler;
+            }
+            long const len = static_cast<long>(text.size());
+            for (std::string const& tail : {std::string(), seq + upper_seq, std::string("1")}) {
+                long pos = 77;
+                std::string const lower_text = text + seq + upper_seq + tail + std::string(80, '!');
+                ASSERT_EQ(
+                    utf8::strstr_ci(lower_text.c_str(), (upper_seq + seq + tail).c_str(), pos), 0);
+                ASSERT_EQ(pos, len) << std::hex << c;
+                pos = 77;
+                ASSERT_EQ(
+                    utf8::strstr_ci((text + upper_seq + tail).c_str(), (seq + tail).c_str(), pos),
+                    0);
+                ASSERT_EQ(pos, len) << std::hex << c;
+            }
+        }
+        ++nbr_pairs;
+    }
+    EXPECT_EQ(nbr_pairs, 1450);
+}
+
+// A fault before, in and behind every block is met, wherever the text that is sought begins.
+TEST(Utf8Test, SearchMeetsAFaultAnywhere) {
+    for (char const* const filler : {"a", "\xC3\xA9", "\xE2\x82\xAC"}) {
+        for (std::size_t before = 0; before < 150; ++before) {
+            std::string prefix;
+            while (prefix.size() < before) {
+                prefix += filler;
+            }
+            for (char const* const fault : {"\x80", "\xC1", "\xF5", "\xC3", "\xF0\x9F\x98"}) {
+                std::string const text = prefix + fault + std::string(100, 'q') + "x";
+                for (char const* const sub : {"qx", "x", "\xC3\x9Fq", "S"}) {
+                    long pos = 77;
+                    long model_pos = 77;
+                    int const ret_val = model_search(text, sub, model_pos);
+                    ASSERT_EQ(utf8::strstr_ci(text.c_str(), sub, pos), ret_val);
+                    ASSERT_TRUE(ret_val == -3493 || ret_val == -3496);
+                    ASSERT_EQ(pos, model_pos);
+                }
+            }
+        }
+    }
+}
+
 TEST(Utf8Test, CaseConversion) {
     std::string dst = "before";
     EXPECT_EQ(utf8::conv_to_upper_case(dst, "h\xC3\xA9llo \xC3\xBF\xC3\x9F", 100), 0);

@@ -80,7 +80,7 @@ public:
 private:
     // Without a branch: in running text there is no telling which characters have a mapping.
     static long choose(long mapped, long c) {
-        return mapped | (c & -static_cast<long>(mapped == 0));
+        return mapped | (c & -static_cast<long>(static_cast<unsigned long>(mapped) < 1));
     }
 
     static unsigned long find_table_breaks(LineBreakProp& cls, LineBreakAction* actions,
@@ -109,8 +109,8 @@ inline CharData::Info const& CharData::use_info(long c) {
     if (static_cast<unsigned long>(c) > 0x10FFFF) {
         return _info_unique_list[0];
     }
-    int const page = _index_page_list[c >> 8];
-    int const pos =
+    long const page = _index_page_list[c >> 8];
+    long const pos =
         (page & 0x8000) != 0 ? page & 0x7FFF : _index_info_list[(page << 8) + (c & 255)];
     return _info_unique_list[pos];
 }

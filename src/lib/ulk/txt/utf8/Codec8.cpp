@@ -8,6 +8,13 @@ namespace ulk::txt::utf8 {
 
 namespace {
 
+template <class... Args>
+void log_error(char const* function, long line, char const* format, Args const&... args) {
+    static constexpr auto source = udbg::make_log_source(__FILE__, __DATE__);
+    udbg::write_log(&udbg::LogMgr::write, udbg::Debugger::Level_ERROR, source.txt, function, line,
+                    format, args...);
+}
+
 // From the start of a character on, past all blocks without fault: to the start of a character
 // with less than checked_len bytes, or a fault within them, ahead.
 char const* skip_well_formed(char const* src, char const* end) {
@@ -26,12 +33,13 @@ char const* skip_well_formed(char const* src, char const* end) {
 
 } // namespace
 
-int Codec8::report_range(unicode::Char c) {
+int Codec8::report_range(unicode::Char c, char const* function, long line) {
     if (c < 0) {
-        ULK_LOG(ERROR, "get_char_seq_len_ucs(): character out of range (negative 0x%1X%)",
-                0U - static_cast<unsigned int>(c));
+        log_error(function, line,
+                  "get_char_seq_len_ucs(): character out of range (negative 0x%1X%)",
+                  0U - static_cast<unsigned int>(c));
     } else {
-        ULK_LOG(ERROR, "get_char_seq_len_ucs(): character out of range (0x%1X%)", c);
+        log_error(function, line, "get_char_seq_len_ucs(): character out of range (0x%1X%)", c);
     }
     return Err_CHAR_OUT_OF_RANGE;
 }
@@ -51,10 +59,10 @@ int Codec8::encode_char(std::string& dst, unicode::Char c) {
     return ret_val;
 }
 
-int Codec8::report_follow_byte(char const* src, int pos, int len) {
-    ULK_LOG(ERROR,
-            "decode_char(): Byte index %1% of the %2%-byte UTF-8 sequence is invalid (0x%3X%).",
-            pos, len, static_cast<unsigned int>(static_cast<unsigned char>(src[pos])));
+int Codec8::report_follow_byte(char const* src, int pos, int len, char const* function, long line) {
+    log_error(function, line,
+              "decode_char(): Byte index %1% of the %2%-byte UTF-8 sequence is invalid (0x%3X%).",
+              pos, len, static_cast<unsigned int>(static_cast<unsigned char>(src[pos])));
     return Err_INVALID_FOLLOW_BYTE;
 }
 

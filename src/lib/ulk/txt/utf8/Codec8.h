@@ -37,7 +37,7 @@ public:
     static int get_char_seq_len_ucs(int& len, unicode::Char c) {
         bool const valid_flag = c >= 0 && c <= 0x10FFFF;
         len = valid_flag ? 1 + (c > 0x7F) + (c > 0x7FF) + (c > 0xFFFF) : 0;
-        return valid_flag ? 0 : report_range(c);
+        return valid_flag ? 0 : report_range(c, __PRETTY_FUNCTION__, __LINE__);
     }
 
     // Bytes that a lead byte announces. Refused: len is 1, Err_INVALID_LEAD_BYTE; logs nothing.
@@ -85,7 +85,7 @@ public:
             c = static_cast<unsigned char>(*src) & (127 >> len);
             for (int pos = 1; pos < len; ++pos) {
                 if (!is_valid_utf8_follow_byte(src[pos])) {
-                    ret_val = report_follow_byte(src, pos, len);
+                    ret_val = report_follow_byte(src, pos, len, __PRETTY_FUNCTION__, __LINE__);
                     break;
                 }
                 c = c * 64 + (static_cast<unsigned char>(src[pos]) & 63);
@@ -106,9 +106,10 @@ public:
     static int check_string_valid(std::string const& src);
 
 private:
-    // Failures: they log, and give their code.
-    static int report_range(unicode::Char c);
-    static int report_follow_byte(char const* src, int pos, int len);
+    // Failures: they log in the name of a function, and give their code.
+    static int report_range(unicode::Char c, char const* function, long line);
+    static int report_follow_byte(char const* src, int pos, int len, char const* function,
+                                  long line);
 };
 
 } // namespace ulk::txt::utf8

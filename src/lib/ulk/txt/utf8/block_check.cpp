@@ -1,36 +1,38 @@
 #include "ulk/txt/utf8/block_check.h"
 
+#include "ulk/txt/utf8/ByteVec.h"
+
 namespace ulk::txt::utf8 {
 
 namespace {
 
-using Byte = unsigned char;
-
-// What may not stand behind b1, b2 and b3, the last of them first: a follow byte belongs exactly
-// where lead bytes announce it.
-// The high bit tells. Leading ones are counted in bytes by shifts, which vector code is fast at.
-Byte find_fault(Byte b, Byte b1, Byte b2, Byte b3) {
-    auto const shift = [](Byte x, int n) { return static_cast<Byte>(x << n); };
-    Byte const follow = static_cast<Byte>(b & ~shift(b, 1));
-    Byte const expect_2 = static_cast<Byte>(b1 & shift(b1, 1));
-    Byte const expect_3 = static_cast<Byte>(b2 & shift(b2, 1) & shift(b2, 2));
-    Byte const expect_4 = static_cast<Byte>(b3 & shift(b3, 1) & shift(b3, 2) & shift(b3, 3));
-    Byte const misplaced = static_cast<Byte>(follow ^ (expect_2 | expect_3 | expect_4));
-    Byte const never = (b & 0xFE) == 0xC0 || b >= 0xF5 ? 0x80 : 0;
-    return misplaced | never;
+// Not 0 where b cannot stand behind b1, b2 and b3, the last of them first, or nowhere: a follow
+// byte belongs exactly where lead bytes announce it. T: signed char or ByteVec.
+template <class T>
+T find_fault(T b, T b1, T b2, T b3) {
+    auto const order = [](T x) { return x ^ -0x80; }; // as without sign, but 0x80 less
+    T announced = order(b1) >= 0xC0 - 0x80;
+    announced |= order(b2) >= 0xE0 - 0x80;
+    announced |= order(b3) >= 0xF0 - 0x80;
+    T fault = b < -0x40;
+    fault ^= announced;
+    fault |= (b & -2) == -0x40;
+    fault |= order(b) > 0xF4 - 0x80;
+    return fault;
 }
 
 } // namespace
 
 bool is_well_formed(char const* src) {
-    Byte p[checked_len];
-    std::memcpy(p, src, checked_len);
-    Byte fault =
-        find_fault(p[0], 0, 0, 0) | find_fault(p[1], p[0], 0, 0) | find_fault(p[2], p[1], p[0], 0);
-    for (int i = 3; i < checked_len; ++i) {
-        fault |= find_fault(p[i], p[i - 1], p[i - 2], p[i - 3]);
+    using Byte = signed char;
+    auto const get = [src](int i) { return static_cast<Byte>(src[i]); };
+    int const start = find_fault<Byte>(get(0), 0, 0, 0) | find_fault<Byte>(get(1), get(0), 0, 0) |
+                      find_fault<Byte>(get(2), get(1), get(0), 0);
+    ByteVec fault{};
+    for (char const* p = src + 3; p != src + checked_len; p += sizeof(ByteVec)) {
+        fault |= find_fault(load_vec(p), load_vec(p - 1), load_vec(p - 2), load_vec(p - 3));
     }
-    return fault < 0x80;
+    return start == 0 && !is_any_set(fault);
 }
 
 } // namespace ulk::txt::utf8

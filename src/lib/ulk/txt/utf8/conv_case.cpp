@@ -26,34 +26,19 @@ struct ToUpper {
     static long map(long c) { return CharData::to_upper(c); }
     static constexpr char first = 'a';
     static constexpr char last = 'z';
-
-    static void log_decode(std::size_t pos) {
-        ULK_LOG(ERROR, "conv_to_upper_case(): Cannot decode UTF-8 character at source index %1%.",
-                pos);
-    }
-    static void log_encode(std::size_t pos, unicode::Char c) {
-        ULK_LOG(ERROR,
-                "conv_to_upper_case(): Cannot encode character at source index %1% to UTF-8 "
-                "(val: 0x%2X%).",
-                pos, c);
-    }
 };
 
 struct ToLower {
     static long map(long c) { return CharData::to_lower(c); }
     static constexpr char first = 'A';
     static constexpr char last = 'Z';
+};
 
-    static void log_decode(std::size_t pos) {
-        ULK_LOG(ERROR, "conv_to_lower_case(): Cannot decode UTF-8 character at source index %1%.",
-                pos);
-    }
-    static void log_encode(std::size_t pos, unicode::Char c) {
-        ULK_LOG(ERROR,
-                "conv_to_lower_case(): Cannot encode character at source index %1% to UTF-8 "
-                "(val: 0x%2X%).",
-                pos, c);
-    }
+// A character that ended the conversion.
+struct Culprit {
+    std::size_t pos; // of its first byte
+    bool decoded_flag;
+    unicode::Char c; // mapped, if it could be decoded
 };
 
 // Maps block_len bytes; false if one of them is not ASCII.
@@ -69,19 +54,19 @@ bool map_ascii_block(char* dst, char const* src) {
 }
 
 template <class Case>
-int map_char(Gather& dst, char const* src, std::size_t& pos) {
+int map_char(Gather& dst, char const* src, std::size_t& pos, Culprit& culprit) {
     unicode::Char c;
     int len;
     int ret_val = Codec8::decode_char(c, src + pos, len);
     if (ret_val != 0) {
-        Case::log_decode(pos);
+        culprit = {pos, false, c};
         return ret_val;
     }
     c = static_cast<unicode::Char>(Case::map(c));
     int dst_len;
     ret_val = Codec8::encode_char(dst.bytes + dst.len, c, dst_len);
     if (ret_val != 0) {
-        Case::log_encode(pos, c);
+        culprit = {pos, true, c};
     }
     dst.len += static_cast<std::size_t>(dst_len);
     pos += static_cast<std::size_t>(len);
@@ -90,7 +75,8 @@ int map_char(Gather& dst, char const* src, std::size_t& pos) {
 
 // Maps the characters that start before end, with at most block_len bytes.
 template <class Case>
-int map_block(std::string& dst, char const* src, std::size_t& pos, std::size_t end) {
+int map_block(std::string& dst, char const* src, std::size_t& pos, std::size_t end,
+              Culprit& culprit) {
     Gather mapped;
     int ret_val = 0;
     if (end - pos == block_len && map_ascii_block<Case>(mapped.bytes, src + pos)) {
@@ -98,20 +84,21 @@ int map_block(std::string& dst, char const* src, std::size_t& pos, std::size_t e
         pos = end;
     }
     while (pos < end && ret_val == 0) {
-        ret_val = map_char<Case>(mapped, src, pos);
+        ret_val = map_char<Case>(mapped, src, pos, culprit);
     }
     dst.append(mapped.bytes, mapped.len);
     return ret_val;
 }
 
 template <class Case>
-int conv_case(std::string& dst, char const* src, std::size_t max_len) {
+int conv_case(std::string& dst, char const* src, std::size_t max_len, Culprit& culprit) {
     dst.clear();
     std::size_t pos = 0;
     while (pos < max_len && src[pos] != '\0') {
         std::size_t const end = pos + bounded_len(src + pos, std::min(max_len - pos, chunk_len));
         while (pos < end) {
-            int const ret_val = map_block<Case>(dst, src, pos, std::min(pos + block_len, end));
+            int const ret_val =
+                map_block<Case>(dst, src, pos, std::min(pos + block_len, end), culprit);
             if (ret_val != 0) {
                 return ret_val;
             }
@@ -123,11 +110,33 @@ int conv_case(std::string& dst, char const* src, std::size_t max_len) {
 } // namespace
 
 int conv_to_upper_case(std::string& dst, char const* src, std::size_t max_len) {
-    return conv_case<ToUpper>(dst, src, max_len);
+    Culprit culprit{};
+    int const ret_val = conv_case<ToUpper>(dst, src, max_len, culprit);
+    if (ret_val != 0 && culprit.decoded_flag) {
+        ULK_LOG(ERROR,
+                "conv_to_upper_case(): Cannot encode character at source index %1% to UTF-8 "
+                "(val: 0x%2X%).",
+                culprit.pos, culprit.c);
+    } else if (ret_val != 0) {
+        ULK_LOG(ERROR, "conv_to_upper_case(): Cannot decode UTF-8 character at source index %1%.",
+                culprit.pos);
+    }
+    return ret_val;
 }
 
 int conv_to_lower_case(std::string& dst, char const* src, std::size_t max_len) {
-    return conv_case<ToLower>(dst, src, max_len);
+    Culprit culprit{};
+    int const ret_val = conv_case<ToLower>(dst, src, max_len, culprit);
+    if (ret_val != 0 && culprit.decoded_flag) {
+        ULK_LOG(ERROR,
+                "conv_to_lower_case(): Cannot encode character at source index %1% to UTF-8 "
+                "(val: 0x%2X%).",
+                culprit.pos, culprit.c);
+    } else if (ret_val != 0) {
+        ULK_LOG(ERROR, "conv_to_lower_case(): Cannot decode UTF-8 character at source index %1%.",
+                culprit.pos);
+    }
+    return ret_val;
 }
 
 } // namespace ulk::txt::utf8

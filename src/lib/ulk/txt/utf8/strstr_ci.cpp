@@ -1,12 +1,14 @@
 #include "ulk/txt/utf8/utf8.h"
 
 #include "ulk/txt/unicode/CharData.h"
+#include "ulk/txt/utf8/ByteVec.h"
 #include "ulk/txt/utf8/Codec8.h"
 #include "ulk/txt/utf8/block_check.h"
 #include "ulk/txt/utf8/bounded_len.h"
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace ulk::txt::utf8 {
 
@@ -48,82 +50,100 @@ int compare_start(char const* text, char const* sub, int& text_len) {
     return 0;
 }
 
-// A character of ASCII in both cases: those bytes b with (b | mask) == val.
-struct BytePattern {
-    unsigned char mask;
-    unsigned char val;
+// Bytes with which a character starts that is compared as a given one of ASCII: the character in
+// both cases and, for I and S, the lead byte of the dotless i or the long s.
+struct StartPattern {
+    signed char mask;
+    signed char val;
+    signed char lead;
 
-    explicit BytePattern(unsigned char c) {
-        bool const letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        mask = letter ? 0x20 : 0;
-        val = static_cast<unsigned char>(c | mask);
-    }
+    // c is its own upper case
+    explicit StartPattern(char c)
+        : mask(c >= 'A' && c <= 'Z' ? 0x20 : 0)
+        , val(static_cast<signed char>(c | mask))
+        , lead(static_cast<signed char>(c == 'I'   ? 0xC4
+                                        : c == 'S' ? 0xC5
+                                                   : 0xFF)) {}
+
+    ByteVec find_single(ByteVec b) const { return (b | mask) == val; }
+    ByteVec find_lead(ByteVec b) const { return b == lead; }
 };
 
-// Passes over the places where sub cannot stand. Works if the first character of sub is compared
-// as one of ASCII. Then an occurrence begins with a byte of ASCII that fits, before one that fits
-// too or is none of ASCII; or, for I and S, with the dotless i or the long s.
+// Passes over the places where sub cannot stand, and over no faulty byte.
 class Skipper {
 public:
     // The first character of sub is whole.
     explicit Skipper(char const* sub)
-        : _second(static_cast<unsigned char>(sub[1]))
-        , _single_flag(sub[1] == '\0' || !Codec8::is_char_single_byte(sub[1])) {
-        unicode::Char c;
-        Codec8::decode_char(c, sub);
-        long const first = CharData::to_upper(c);
-        _usable_flag = first < 128;
-        _first = BytePattern(static_cast<unsigned char>(first));
-        _other_lead = first == 'I' ? 0xC4 : first == 'S' ? 0xC5 : 0xFF;
-    }
+        : _first_upper(find_upper(sub))
+        , _first(static_cast<char>(_first_upper))
+        , _single_flag(!Codec8::is_char_single_byte(sub[1]) || sub[1] == '\0')
+        , _second(_single_flag ? '\0' : static_cast<char>(find_upper(sub + 1))) {}
 
     // From the start of a character to the next place that needs the comparison: one where sub may
     // stand, a block with a fault, or the last bytes before end.
     char const* skip(char const* text, char const* end) const {
-        while (_usable_flag && end - text >= checked_len) {
-            unsigned char mark_arr[block_len];
-            unsigned long long const found = mark(mark_arr, text);
-            bool const ascii_flag = (found & 0x8080808080808080ULL) == 0;
+        while (end - text >= checked_len) {
+            bool const ascii_flag = is_ascii_block(text);
             if (!ascii_flag && !is_well_formed(text)) {
                 break;
             }
-            if ((found & 0x0101010101010101ULL) != 0) {
-                auto const is_hit = [](unsigned char m) { return (m & 1) != 0; };
-                return text + (std::find_if(mark_arr, mark_arr + block_len, is_hit) - mark_arr);
+            char const* const block_end = text + block_len;
+            char const* const next = block_end - (ascii_flag ? 0 : count_open(block_end));
+            text = _first_upper < 128 ? find_start(text, next)
+                   : ascii_flag       ? next // no character of ASCII has another upper case
+                                      : find_upper_char(text, next);
+            if (text != next) {
+                break;
             }
-            text += block_len;
-            text -= ascii_flag ? 0 : count_open(text);
         }
         return text;
     }
 
 private:
-    // The high bit of a mark is set where a byte is none of ASCII, the low one where sub may stand.
-    // Gives the bits of all marks, in any of the bytes.
-    unsigned long long mark(unsigned char* mark_arr, char const* text) const {
-        unsigned char const any = _single_flag ? 1 : 0;
-        for (int i = 0; i < block_len; ++i) {
-            unsigned char const b = static_cast<unsigned char>(text[i]);
-            unsigned char const next = static_cast<unsigned char>(text[i + 1]);
-            unsigned char const first = (b | _first.mask) == _first.val;
-            unsigned char const second = ((next | _second.mask) == _second.val) | (next >= 128);
-            unsigned char const other = b == _other_lead;
-            mark_arr[i] = static_cast<unsigned char>((first & (second | any)) | other | (b & 0x80));
-        }
-        unsigned long long word_arr[block_len / 8];
-        std::memcpy(word_arr, mark_arr, block_len);
-        unsigned long long all = 0;
-        for (unsigned long long const word : word_arr) {
-            all |= word;
-        }
-        return all;
+    static long find_upper(char const* src) {
+        unicode::Char c;
+        Codec8::decode_char(c, src);
+        return CharData::to_upper(c);
     }
 
-    BytePattern _first{0};
-    BytePattern _second;
-    unsigned char _other_lead; // of the sequence that is compared as _first; 0xFF: there is none
-    bool _single_flag;
-    bool _usable_flag;
+    // An occurrence starts with a byte of ASCII that fits, before a character that may fit as well,
+    // or with a longer sequence. Gives end if none does before it.
+    char const* find_start(char const* block, char const* end) const {
+        ByteVec const any = ByteVec{} - static_cast<signed char>(_single_flag);
+        ByteVec hit_arr[block_len / sizeof(ByteVec)];
+        ByteVec all{};
+        for (std::size_t i = 0; i < std::size(hit_arr); ++i) {
+            char const* const src = block + i * sizeof(ByteVec);
+            ByteVec const b = load_vec(src);
+            ByteVec const next = load_vec(src + 1);
+            ByteVec const second = any | _second.find_single(next) | _second.find_lead(next);
+            hit_arr[i] = (_first.find_single(b) & second) | _first.find_lead(b);
+            all |= hit_arr[i];
+        }
+        if (!is_any_set(all)) {
+            return end;
+        }
+        void const* const hit = std::memchr(hit_arr, 0xFF, sizeof(hit_arr));
+        long const pos = static_cast<char const*>(hit) - reinterpret_cast<char const*>(hit_arr);
+        return std::min(block + pos, end);
+    }
+
+    // The first character of a text without fault that is compared as the first one of sub, or end.
+    char const* find_upper_char(char const* text, char const* end) const {
+        unicode::Char c;
+        for (int len; text < end; text += len) {
+            Codec8::decode_char(c, text, len);
+            if (CharData::to_upper(c) == _first_upper) {
+                break;
+            }
+        }
+        return text;
+    }
+
+    long _first_upper;
+    StartPattern _first;
+    bool _single_flag; // the second character tells nothing
+    StartPattern _second;
 };
 
 } // namespace
