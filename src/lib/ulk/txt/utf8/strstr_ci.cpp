@@ -158,10 +158,13 @@ int strstr_ci(char const* text, char const* sub, long& pos) {
     if (ret_val == differs) {
         Skipper const skipper(sub);
         char const* end = text;
+        bool last_flag = false; // the terminator is at end
         do {
             cur += len;
-            if (cur >= end) {
-                end = cur + bounded_len(cur, chunk_len);
+            if (!last_flag && end - cur < checked_len) {
+                std::size_t const chunk = bounded_len(cur, chunk_len);
+                end = cur + chunk;
+                last_flag = chunk < chunk_len;
             }
             cur = skipper.skip(cur, end);
             ret_val = compare_start(cur, sub, len);
