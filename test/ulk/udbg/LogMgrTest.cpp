@@ -464,7 +464,9 @@ TEST_F(UdbgLogMgrDeathTest, StatementsTellWhereTheyStand) {
         EXPECT_EQ(line, line_list.at(0).line);
         EXPECT_EQ("log_it(): 3", line_list[0].text);
         EXPECT_EQ(root + "test/ulk/udbg/LogMgrTest, " + __DATE__, line_list[0].path);
-        EXPECT_NE(std::string::npos, line_list[0].function.find("Templated<T>::log_it("));
+        EXPECT_TRUE(std::regex_search(line_list[0].function, // Clang puts the type for T
+                                      std::regex(R"(^int .*Templated<(T|char\[3\])>::log_it\()")))
+            << line_list[0].function;
         static constexpr auto no_ext = ulk::udbg::make_log_source("/a.b/c", "D");
         EXPECT_STREQ("/a.b/c, D", no_ext.txt);
         static constexpr auto two_ext = ulk::udbg::make_log_source("a/c.d.hpp", "");
@@ -553,11 +555,13 @@ TEST_F(UdbgLogMgrDeathTest, StreamsTellWhatTheyWereReading) {
             "int ulk::util::BinaryStreamInput::seek_end(long unsigned int, const char*)"};
         EXPECT_EQ(expected.size() + 1, line_list.size());
         for (std::size_t i = 0; i < expected.size(); ++i) {
-            // The compilers differ in blanks, and in the names of long types.
+            // The compilers differ in blanks, in the names of long types and in how far they spell
+            // names out.
             auto const plain = [](std::string const& txt) {
                 std::string const no_int =
                     std::regex_replace(txt, std::regex("long unsigned int|long int"), "long");
-                return std::regex_replace(no_int, std::regex(" |unsigned"), "");
+                return std::regex_replace(no_int, std::regex(" |unsigned|ulk::archi::|archi::"),
+                                          "");
             };
             EXPECT_EQ(plain(expected[i]), plain(line_list[i].function));
             EXPECT_EQ(root + "src/lib/ulk/util/BinaryStreamInput, " + __DATE__, line_list[i].path);
