@@ -1,0 +1,308 @@
+#include "TapeModel.h"
+#include "support/BundleInstance.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+using test::Floats;
+using test::SampleStore;
+using test::TapeModel;
+using test::TapeRig;
+using test::TapeSample;
+using Dsp = kryn::PluginDsp;
+
+namespace {
+
+constexpr long cell_len = 1024; // floats
+
+class Session {
+public:
+    explicit Session(unsigned int seed)
+        : _rng(seed) {
+        int const chn_arr[] = {1, 1, 2, 2, 3, 4, 5, 6, 7, 8, 11, 16};
+        double const freq_arr[] = {44100, 48000, 22050, 96000, 8000};
+        for (int id = 1; id <= 12; ++id) {
+            TapeSample spl{chn_arr[id - 1], freq_arr[pick(0, 4)], {}, 0};
+            long const len = pick(0, 3) == 0 ? pick(1, 100) : pick(100, 6000);
+            for (long i = 0; i < len * spl.nbr_chn; ++i) {
+                spl.data.push_back(static_cast<float>(real(-1, 1)));
+            }
+            _store.add(id, spl);
+            load_some(id);
+        }
+        _store.probe.prefetch_flag = false; // what is there is settled: holes stay
+        configure();
+    }
+
+    void play_block() {
+        if (pick(0, 60) == 0) {
+            configure();
+        }
+        long const len = pick(1, _rig.block_len);
+        _rig.evt_list.clear();
+        add_events(len);
+        std::vector<long> states;
+        _rig.state_in.clear();
+        for (std::size_t p = 0; p < _rig.chn_arr.size(); ++p) {
+            states.push_back(pick(0, 9) == 0 ? pick(1, 2) : 0);
+            _rig.state_in.push_back(pick(0, 2));
+        }
+        _rig.state = states;
+        fill(_rig.in, len);
+        fill(_rig.out, len);
+        auto const before = _rig.out;
+        auto const events = _rig.evt_list;
+        _model.process(len, events, _in_flag ? &_rig.in : nullptr, _rig.state_in, states);
+        ASSERT_EQ(0, _rig.process(len));
+        ASSERT_EQ(states, _rig.state);
+        for (std::size_t p = 0; p < states.size(); ++p) {
+            for (std::size_t c = 0; c < before[p].size(); ++c) {
+                compare(_model.pins[p], c, states[p], before[p][c], p);
+                if (::testing::Test::HasFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+
+private:
+    long pick(long lo, long hi) { return std::uniform_int_distribution<long>(lo, hi)(_rng); }
+    double real(double lo, double hi) {
+        return std::uniform_real_distribution<double>(lo, hi)(_rng);
+    }
+
+    void load_some(long id) {
+        TapeSample const& spl = _store.map[id];
+        long const block = cell_len / spl.nbr_chn;
+        for (long b = 0; b * block < spl.get_len(); ++b) {
+            if (pick(0, 5) != 0) {
+                _store.load_range(id, b * block, 1);
+                _model.loaded[id].insert(b);
+            }
+        }
+    }
+    void configure() {
+        double const freq_arr[] = {44100, 48000, 96000, 192000, 8000, 22050};
+        double const freq = freq_arr[pick(0, 5)];
+        EXPECT_EQ(0, _rig.set_freq(freq));
+        _model.set_freq(freq);
+        std::vector<long> chn_list(static_cast<std::size_t>(pick(1, 4)));
+        for (long& chn : chn_list) {
+            chn = pick(0, 1) == 0 ? 2 : pick(0, 3) == 0 ? pick(0, 16) : pick(1, 2);
+        }
+        _in_flag = pick(0, 1) == 0;
+        EXPECT_EQ(0, _rig.set_conf(chn_list, _in_flag));
+        EXPECT_EQ(0, _rig.set_block_len(pick(0, 3) == 0 ? 8192 : pick(1, 600)));
+        EXPECT_EQ(0, _rig.send(kryn::Plugin::CmdPlug::INIT));
+        _model.vol.jump(TapeModel::default_norm);
+        _model.pins.assign(chn_list.size(), {});
+        for (std::size_t p = 0; p < chn_list.size(); ++p) {
+            _model.pins[p].nbr_chn = chn_list[p];
+        }
+        for (auto& voice : _model.voices) {
+            voice.active = false;
+        }
+    }
+
+    void add_note(long stamp) {
+        int const id = static_cast<int>(pick(-3, 40));
+        auto const nbr_pins = static_cast<long>(_rig.chn_arr.size());
+        std::size_t const first = _rig.evt_list.size();
+        _rig.note(stamp, 6, id);
+        if (pick(0, 9) != 0) {
+            _rig.param(stamp, id, 0, static_cast<double>(pick(0, 20) == 0 ? 99 : pick(1, 12)));
+        }
+        if (pick(0, 2) == 0) {
+            _rig.param(stamp, id, 1, pick(0, 5) == 0 ? real(-0.01, 1) : real(0, 0.05));
+        }
+        if (pick(0, 1) == 0) {
+            _rig.param(
+                stamp, id, 2,
+                static_cast<double>(pick(pick(0, 9) == 0 ? -1 : 0, nbr_pins - (pick(0, 9) != 0))));
+        }
+        if (pick(0, 1) == 0) {
+            _rig.param(stamp, id, 3, pick(0, 9) == 0 ? 0 : real(0, 0.6), pick(0, 9), 0.5);
+        }
+        if (pick(0, 1) == 0) {
+            _rig.param(stamp, id, 4,
+                       pick(0, 1) == 0 ? static_cast<double>(pick(-24, 24)) : real(-24, 24));
+        }
+        if (pick(0, 3) == 0) {
+            _rig.param(stamp, id, 5, 1.5);
+        }
+        if (pick(0, 1) == 0) {
+            _rig.param(stamp, id, 6, static_cast<double>(pick(-4, 4)) / 4);
+        }
+        std::shuffle(_rig.evt_list.begin() + static_cast<long>(first), _rig.evt_list.end(), _rng);
+    }
+    void add_change(long stamp) {
+        int const id = static_cast<int>(pick(-3, 40));
+        switch (pick(0, 9)) {
+        case 0:
+        case 1:
+            _rig.note(stamp, 7, id);
+            break;
+        case 2:
+            _rig.note(stamp, 8, id);
+            break;
+        case 3:
+            _rig.note(stamp, pick(0, 9) == 0 ? 9 : 3, id);
+            break;
+        case 4:
+            _rig.master(stamp, static_cast<int>(pick(0, 2)), real(0.3, 0.6),
+                        pick(0, 1) * pick(0, 900), real(0.3, 0.6));
+            break;
+        default:
+            _rig.param(stamp, id, static_cast<int>(pick(-1, 8)), real(0, 0.6),
+                       pick(0, 1) * pick(0, 900), real(0, 0.6));
+            break;
+        }
+    }
+    void add_events(long len) {
+        std::vector<long> stamp_list(static_cast<std::size_t>(pick(0, 1) * pick(0, 6)));
+        for (long& stamp : stamp_list) {
+            stamp = pick(0, 2) == 0 ? 0 : pick(0, len - 1);
+        }
+        std::sort(stamp_list.begin(), stamp_list.end());
+        for (long const stamp : stamp_list) {
+            if (pick(0, 1) == 0) {
+                add_note(stamp);
+            } else {
+                add_change(stamp);
+            }
+        }
+        if (pick(0, 200) == 0) {
+            for (int n = 0; n < 70; ++n) {
+                add_note(stamp_list.empty() ? 0 : stamp_list.back());
+            }
+        }
+    }
+    void fill(std::vector<std::vector<Floats>>& port, long len) {
+        port.resize(_rig.chn_arr.size());
+        for (std::size_t p = 0; p < port.size(); ++p) {
+            port[p].resize(static_cast<std::size_t>(_rig.chn_arr[p]));
+            for (Floats& chn : port[p]) {
+                chn.resize(static_cast<std::size_t>(len) + 8);
+                for (float& val : chn) {
+                    val = static_cast<float>(real(-1, 1));
+                }
+            }
+        }
+    }
+    void compare(TapeModel::Pin const& pin, std::size_t c, long state, Floats const& before,
+                 std::size_t p) const {
+        Floats const& out = _rig.out[p][c];
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            bool const inside = i < pin.out[c].size();
+            double expected = static_cast<double>(before[i]);
+            double tolerance = 0;
+            if (inside && pin.through) {
+                expected =
+                    static_cast<double>(_rig.in[p][c][i]) + (pin.activity == 0 ? pin.out[c][i] : 0);
+            } else if (inside && state != 2) {
+                expected = pin.out[c][i];
+            }
+            if (inside && pin.activity == 0) {
+                tolerance = pin.mag[c][i] * 1e-4 + (pin.through ? 1e-6 : 0);
+            }
+            ASSERT_NEAR(expected, static_cast<double>(out[i]), tolerance)
+                << "pin " << p << ", channel " << c << ", frame " << i << " of "
+                << pin.out[c].size();
+        }
+    }
+
+    std::mt19937 _rng;
+    SampleStore _store{cell_len, 2048};
+    TapeModel _model{_store, cell_len};
+    TapeRig _rig{_store};
+    bool _in_flag = false;
+};
+
+} // namespace
+
+class TapeModelTest : public ::testing::TestWithParam<unsigned int> {};
+
+// The number of blocks a session grows with the environment variable TAPE_MODEL_BLOCKS.
+TEST_P(TapeModelTest, BlocksAreAsTheModelSays) {
+    char const* const count_txt = std::getenv("TAPE_MODEL_BLOCKS");
+    int const nbr_blocks = count_txt != nullptr ? std::atoi(count_txt) : 400;
+    Session session(GetParam());
+    for (int block = 0; block < nbr_blocks && !HasFailure(); ++block) {
+        SCOPED_TRACE(block);
+        session.play_block();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, TapeModelTest, ::testing::Range(1u, 13u));
+
+// The whole chain: a file, the cache, its background thread, and the bundle as a host loads it.
+TEST(TapeChainTest, StereoFilePlaysFromDisk) {
+    SampleStore store(16384, 64);
+    TapeSample spl{2, 48000, {}, 0};
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<float> noise(-1, 1);
+    for (int i = 0; i < 2 * 100000; ++i) {
+        spl.data.push_back(noise(rng));
+    }
+    store.add(1, spl);
+    TapeModel model(store, 16384);
+    for (long b = 0; b < 20; ++b) {
+        model.loaded[1].insert(b);
+    }
+    test::BundleInstance bundle;
+    TapeRig rig(store, [&bundle](ulk::pibase::BidirComPoint& com) {
+        kryn::PluginFactory::CmdFact::Instantiate rec = {"Brevanto#TessitoneAudioTape", &com};
+        ASSERT_EQ(0, bundle.factory.send(kryn::PluginFactory::CmdFact::INSTANTIATE, &rec));
+    });
+    ASSERT_EQ(0, rig.set_freq(44100));
+    model.set_freq(44100);
+    ASSERT_EQ(0, rig.set_block_len(512));
+    rig.init_settled();
+    model.vol.jump(TapeModel::default_norm);
+    model.vol.settle();
+    model.pins.assign(1, {});
+
+    // The first block asks for the data; a host that renders waits for it.
+    std::atomic<bool> stop_flag = false;
+    std::thread bkg([&] {
+        while (!stop_flag) {
+            if (!store.cache.do_run_slice()) {
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            }
+        }
+    });
+    {
+        ulk::sys::CritSec pass(store.mutex_rt);
+        EXPECT_EQ(0, store.cache.prefetch_data(store.map[1].cache_id, 0, 1000));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    for (int block = 0; block < 150 && !::testing::Test::HasFailure(); ++block) {
+        if (block == 0) {
+            rig.note(100, 6, 1);
+            rig.param(100, 1, 0, 1);
+            rig.param(100, 1, 6, -0.5);
+        } else if (block % 10 == 0) {
+            rig.param(block, 1, 3, 0.3 + 0.001 * block, 300, 0.4);
+        }
+        auto const events = rig.evt_list;
+        rig.state = {0};
+        std::vector<long> states = {0};
+        model.process(512, events, nullptr, {}, states);
+        ASSERT_EQ(0, rig.process(512));
+        ASSERT_EQ(states, rig.state);
+        for (std::size_t c = 0; c < 2; ++c) {
+            for (std::size_t i = 0; i < 512; ++i) {
+                ASSERT_NEAR(model.pins[0].out[c][i], static_cast<double>(rig.out[0][c][i]),
+                            model.pins[0].mag[c][i] * 1e-4)
+                    << block << " " << i;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    stop_flag = true;
+    bkg.join();
+}
