@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <random>
 #include <thread>
@@ -267,9 +266,8 @@ TEST(TapeChainTest, StereoFilePlaysFromDisk) {
     model.pins.assign(1, {});
 
     // The first block asks for the data; a host that renders waits for it.
-    std::atomic<bool> stop_flag = false;
-    std::thread bkg([&] {
-        while (!stop_flag) {
+    std::jthread const bkg([&store](std::stop_token const& stop) {
+        while (!stop.stop_requested()) {
             if (!store.cache.do_run_slice()) {
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
             }
@@ -303,6 +301,4 @@ TEST(TapeChainTest, StereoFilePlaysFromDisk) {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    stop_flag = true;
-    bkg.join();
 }
