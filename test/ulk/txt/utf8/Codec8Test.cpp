@@ -229,7 +229,7 @@ TEST(Codec8Test, FindsAFaultAnywhere) {
                 prefix += filler;
             }
             for (char const* const fault : faults) {
-                for (std::size_t const behind : {0, 1, 100}) {
+                for (std::size_t const behind : {0u, 1u, 100u}) {
                     std::string const text = prefix + fault + std::string(behind, 'z');
                     ASSERT_EQ(Codec8::check_string_valid(text), model_check(text));
                     ASSERT_NE(Codec8::check_string_valid(text), 0);
@@ -242,7 +242,7 @@ TEST(Codec8Test, FindsAFaultAnywhere) {
 TEST(Codec8Test, ChecksUpToTheTerminator) {
     EXPECT_EQ(Codec8::check_string_valid(""), 0);
     EXPECT_EQ(Codec8::check_string_valid(std::string("abc\0\xFF", 5)), 0);
-    for (std::size_t const len : {4095, 4096, 4097, 8192}) {
+    for (std::size_t const len : {4095u, 4096u, 4097u, 8192u}) {
         EXPECT_EQ(Codec8::check_string_valid(std::string(len, 'a')), 0);
         EXPECT_EQ(Codec8::check_string_valid(std::string(len, 'a') + "\xC3"), -3493);
         EXPECT_EQ(Codec8::check_string_valid(std::string(len, 'a') + "\xC3\xA9"), 0);
