@@ -279,7 +279,7 @@ TEST(Utf8Test, SearchSeesEveryPlace) {
     for (std::size_t before = 0; before < 200; ++before) {
         for (char const* const sub : {"Q", "qx", "q\xC3\xA9", "\xC3\xA9z"}) {
             std::string const text = std::string(before, '.') + sub;
-            for (std::size_t const behind : {0, 1, 40}) {
+            for (std::size_t const behind : {0u, 1u, 40u}) {
                 long pos = 77;
                 ASSERT_EQ(utf8::strstr_ci((text + std::string(behind, '-')).c_str(), sub, pos), 0);
                 ASSERT_EQ(pos, static_cast<long>(before));
