@@ -66,7 +66,19 @@ void* operator new(std::size_t size, std::align_val_t align) {
     return test::allocate(size, static_cast<std::size_t>(align));
 }
 
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+    try {
+        return test::allocate(size, 1);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* ptr) noexcept {
+    std::free(ptr);
+}
+
+void operator delete(void* ptr, std::nothrow_t const&) noexcept {
     std::free(ptr);
 }
 
@@ -91,12 +103,8 @@ void* operator new[](std::size_t size, std::align_val_t align) {
     return test::allocate(size, static_cast<std::size_t>(align));
 }
 
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
-    try {
-        return test::allocate(size, 1);
-    } catch (...) {
-        return nullptr;
-    }
+void* operator new[](std::size_t size, std::nothrow_t const& tag) noexcept {
+    return operator new(size, tag);
 }
 
 void operator delete[](void* ptr) noexcept {

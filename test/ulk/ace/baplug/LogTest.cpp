@@ -87,7 +87,11 @@ protected:
     static constexpr char const* entry_path = "lib/ulk/ace/baplug/entry_point";
     static constexpr char const* create_function = "int ulk::ace::baplug::create_factory(void*)";
     static constexpr char const* instantiate_function =
+#ifdef __clang__ // the compilers name an alias each in its own way
+        "int ulk::ace::baplug::Factory::instantiate(Factory::Instantiate&)";
+#else
         "int ulk::ace::baplug::Factory::instantiate(Instantiate&)";
+#endif
     static constexpr char const* factory_path = "lib/ulk/ace/baplug/Factory";
 };
 
@@ -241,6 +245,10 @@ TEST_F(BundleLogTest, PinConfigurationsThatFindNoMemoryAreLogged) {
         expect_line(0, level_error, "set_pin_conf(): exception.",
                     std::string("lib/ulk/ace/baplug/") + plug.name,
                     std::string("int ulk::ace::baplug::") + plug.name +
+#ifdef __clang__
+                        "::set_pin_conf(const CmdPlug::SetPinConf&)");
+#else
                         "::set_pin_conf(const kryn::PluginDsp::CmdPlug::SetPinConf&)");
+#endif
     }
 }

@@ -26,11 +26,11 @@ public:
             nbr_chn += n;
         }
         _mem.assign(static_cast<std::size_t>(nbr_chn * _stride), pattern);
-        float* ptr = _mem.data() + guard_len;
+        long pos = guard_len;
         for (long const n : pin_arr) {
             _ptr_arr.emplace_back();
-            for (long chn = 0; chn < n; ++chn, ptr += _stride) {
-                _ptr_arr.back().push_back(ptr);
+            for (long chn = 0; chn < n; ++chn, pos += _stride) {
+                _ptr_arr.back().push_back(&_mem[static_cast<std::size_t>(pos)]);
             }
         }
         for (auto& ptr_arr : _ptr_arr) {
