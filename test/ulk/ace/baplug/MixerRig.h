@@ -45,7 +45,8 @@ public:
     std::size_t get_nbr_chn(std::size_t pin) const { return _ptr_arr[pin].size(); }
     // To the bit, guards included.
     bool operator==(MixerBuffers const& other) const {
-        return std::memcmp(_mem.data(), other._mem.data(), _mem.size() * sizeof(float)) == 0;
+        return _mem.empty() ||
+               std::memcmp(_mem.data(), other._mem.data(), _mem.size() * sizeof(float)) == 0;
     }
     std::vector<float> const& use_mem() const { return _mem; }
     void copy_mem(MixerBuffers const& other) { _mem = other._mem; }
