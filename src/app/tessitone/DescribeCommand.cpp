@@ -73,6 +73,7 @@ Subject make_subject(Context const& context, Settings const& settings) {
 // The document does not tell where its parameters stand at the start: the instance does.
 void add_defaults(Json& json, ulk::host::Plugin& plugin) {
     plugin.init();
+    plugin.clear_buffers(); // at the defaults at once, not on the way to them
     for (Json& param : json["parameters"]["global"]) {
         try {
             kryn::ParamLocation const loc = {kryn::ParamScope_GLOBAL, 0, param["index"].get<int>()};
