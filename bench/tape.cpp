@@ -41,9 +41,9 @@ constexpr double freq = 48000;
 // A sample in the cache, all of it loaded.
 class Store {
 public:
-    explicit Store(int nbr_chn)
-        : nbr_chn(nbr_chn)
-        , data(static_cast<std::size_t>(spl_len * nbr_chn)) {
+    explicit Store(int count)
+        : nbr_chn(count)
+        , data(static_cast<std::size_t>(spl_len * count)) {
         for (std::size_t i = 0; i < data.size(); ++i) {
             data[i] = static_cast<float>((i * 7919) % 65536) / 65536 - 0.5f;
         }
