@@ -131,6 +131,60 @@ void SplFileFmtWav::clear() {
     _creation_flag = false;
 }
 
+int SplFileFmtWav::setup_new(int nbr_chn, SplFileBitFmt bit_fmt, double sample_freq) {
+    clear();
+    auto const nbr_bytes = SplFileFmtTools::get_nbr_bytes_per_sample(bit_fmt);
+    if (bit_fmt < 0 || bit_fmt >= SplFileBitFmt_NBR_ELT) {
+        ULK_LOG(ERROR, "do_create_from_scratch(): Unknown sample format (%1%).", int{bit_fmt});
+        return Err_WAV_BIT_DEPTH;
+    }
+    if (nbr_chn < 1 || nbr_chn > max_block_align / nbr_bytes) {
+        ULK_LOG(ERROR,
+                "do_create_from_scratch(): Number of channels out of reasonable range (%1%).",
+                nbr_chn);
+        return Err_WAV_OUT_OF_RANGE;
+    }
+    _len = 0;
+    _data_pos = new_data_pos;
+    _sample_freq = sample_freq;
+    _nominal_val = static_cast<float>(SplFileFmtTools::get_std_nominal_val(bit_fmt));
+    _bit_fmt = bit_fmt;
+    _nbr_chn = nbr_chn;
+    _block_align = nbr_chn * nbr_bytes;
+    _packed_flag = true;
+    return 0;
+}
+
+SplFileFmtWav::Header SplFileFmtWav::make_header(UInt32 riff_len, UInt32 data_len) const {
+    Header header{};
+    UByte* const dst = header.data();
+    auto const nbr_bytes = SplFileFmtTools::get_nbr_bytes_per_sample(_bit_fmt);
+    auto const rounded_freq = std::floor(_sample_freq + 0.5);
+    // The inverted test sends NaN to 0 as well.
+    auto const freq =
+        rounded_freq > 0 ? static_cast<UInt32>(std::min(rounded_freq, 4294967295.0)) : 0;
+    auto const block_align = static_cast<UInt32>(_block_align);
+    copy_id(dst, _chunk_id_riff);
+    write_le(dst + 4, riff_len, 4);
+    copy_id(dst + 8, _chunk_id_wave);
+    copy_id(dst + 12, _chunk_id_fmt);
+    write_le(dst + 16, fmt_len, 4);
+    write_le(dst + 20, _bit_fmt == SplFileBitFmt_F32 ? category_float : category_int, 2);
+    write_le(dst + 22, static_cast<UInt32>(_nbr_chn), 2);
+    write_le(dst + 24, freq, 4);
+    write_le(dst + 28, freq * block_align, 4);
+    write_le(dst + 32, block_align, 2);
+    write_le(dst + 34, static_cast<UInt32>(nbr_bytes) * 8, 2);
+    copy_id(dst + new_data_pos, _chunk_id_data);
+    write_le(dst + new_data_pos + 4, data_len, 4);
+    return header;
+}
+
+SplFileFmtWav::Header SplFileFmtWav::make_header(Int64 len) const {
+    auto const data_len = static_cast<UInt32>(len * _block_align);
+    return make_header(data_len + UInt32{new_data_pos}, data_len);
+}
+
 Int64 SplFileFmtWav::compute_data_pos(Int64 frame) const {
     return frame * _block_align + _data_pos + chunk_header_len;
 }
@@ -235,28 +289,13 @@ int SplFileFmtWav::do_read_format_info(sys::File& file) {
 
 int SplFileFmtWav::do_create_from_scratch(sys::File& file, int nbr_chn, SplFileBitFmt bit_fmt,
                                           double sample_freq, Int64 len) {
-    clear();
-    auto const nbr_bytes = SplFileFmtTools::get_nbr_bytes_per_sample(bit_fmt);
-    if (bit_fmt < 0 || bit_fmt >= SplFileBitFmt_NBR_ELT) {
-        ULK_LOG(ERROR, "do_create_from_scratch(): Unknown sample format (%1%).", int{bit_fmt});
-        return Err_WAV_BIT_DEPTH;
+    int ret_val = setup_new(nbr_chn, bit_fmt, sample_freq);
+    if (ret_val != 0) {
+        return ret_val;
     }
-    if (nbr_chn < 1 || nbr_chn > max_block_align / nbr_bytes) {
-        ULK_LOG(ERROR,
-                "do_create_from_scratch(): Number of channels out of reasonable range (%1%).",
-                nbr_chn);
-        return Err_WAV_OUT_OF_RANGE;
-    }
-    _data_pos = new_data_pos;
-    _sample_freq = sample_freq;
-    _nominal_val = static_cast<float>(SplFileFmtTools::get_std_nominal_val(bit_fmt));
-    _bit_fmt = bit_fmt;
-    _nbr_chn = nbr_chn;
-    _block_align = nbr_chn * nbr_bytes;
-    _packed_flag = true;
     _creation_flag = true;
-    int ret_val = write_header(file);
-    _len = 0;
+    auto const header = make_header(_header_len, 0);
+    ret_val = write_at(file, 0, header.data(), _header_len);
     if (ret_val == 0 && len > 0) {
         ret_val = file.set_length(compute_data_pos(len));
         _len = len;
@@ -482,29 +521,6 @@ int SplFileFmtWav::locate_data(sys::File& file) {
         ret_val = Err_WAV_TRUNCATED;
     }
     return ret_val;
-}
-
-int SplFileFmtWav::write_header(sys::File& file) const {
-    UByte header[new_data_pos + chunk_header_len] = {};
-    auto const nbr_bytes = SplFileFmtTools::get_nbr_bytes_per_sample(_bit_fmt);
-    auto const rounded_freq = std::floor(_sample_freq + 0.5);
-    // The inverted test sends NaN to 0 as well.
-    auto const freq =
-        rounded_freq > 0 ? static_cast<UInt32>(std::min(rounded_freq, 4294967295.0)) : 0;
-    auto const block_align = static_cast<UInt32>(_block_align);
-    copy_id(header, _chunk_id_riff);
-    write_le(header + 4, sizeof(header), 4);
-    copy_id(header + 8, _chunk_id_wave);
-    copy_id(header + 12, _chunk_id_fmt);
-    write_le(header + 16, fmt_len, 4);
-    write_le(header + 20, _bit_fmt == SplFileBitFmt_F32 ? category_float : category_int, 2);
-    write_le(header + 22, static_cast<UInt32>(_nbr_chn), 2);
-    write_le(header + 24, freq, 4);
-    write_le(header + 28, freq * block_align, 4);
-    write_le(header + 32, block_align, 2);
-    write_le(header + 34, static_cast<UInt32>(nbr_bytes) * 8, 2);
-    copy_id(header + new_data_pos, _chunk_id_data);
-    return write_at(file, 0, header, sizeof(header));
 }
 
 // True if the samples in the file are bit for bit the floats in memory, and need no way through a

@@ -3,6 +3,7 @@
 #include "ulk/archi/types.h"
 #include "ulk/sacc/SplFileFmtInterface.h"
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -26,9 +27,22 @@ public:
     // The longest data chunk that a header can state. Neither reading nor writing stops at it.
     static constexpr archi::Int64 _max_data_len_bytes = 0xFFFFFFFE;
 
+    // Of what is written; the samples come right behind it.
+    static constexpr long _header_len = 44;
+    using Header = std::array<archi::UByte, _header_len>;
+
     SplFileFmtWav();
 
     void clear();
+
+    // Makes the object valid, as of a new file without a frame, and touches no file. 0,
+    // Err_WAV_BIT_DEPTH or Err_WAV_OUT_OF_RANGE, with the object cleared.
+    int setup_new(int nbr_chn, SplFileBitFmt bit_fmt, double sample_freq);
+
+    // Of a valid object, with these sizes in bytes.
+    Header make_header(archi::UInt32 riff_len, archi::UInt32 data_len) const;
+    // Of a file of len frames, complete; no check whether that many fit.
+    Header make_header(archi::Int64 len) const;
 
     // Where a frame stands in a valid file, in bytes from its start. Both are the same.
     archi::Int64 compute_data_pos(archi::Int64 frame) const;
@@ -75,7 +89,6 @@ private:
     int parse_bit_fmt(int category, int nbr_bits);
     int check_ranges(int nbr_bits);
     int locate_data(sys::File& file);
-    int write_header(sys::File& file) const;
     bool is_float_image() const;
     std::unique_ptr<archi::UByte[]> make_buffer(long nbr_frames) const;
 

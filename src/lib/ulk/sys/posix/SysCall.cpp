@@ -9,6 +9,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -122,6 +123,13 @@ long SysCall::write(int fd, void const* data, long len, archi::Int64 pos) {
     return run(Op_WRITE, len, [=](long part) -> long {
         size_t const n = static_cast<size_t>(part);
         return pos < 0 ? ::write(fd, data, n) : ::pwrite(fd, data, n, pos);
+    });
+}
+
+int SysCall::wait_writable(int fd) {
+    return run(Op_WAIT, [=] {
+        struct pollfd request = {fd, POLLOUT, 0};
+        return ::poll(&request, 1, -1) < 0 ? -1 : 0;
     });
 }
 

@@ -30,6 +30,7 @@ public:
         Op_OPEN_HANDLE,
         Op_LIST,
         Op_MAKE_DIR,
+        Op_WAIT,
 
         Op_NBR_ELT
     };
@@ -61,6 +62,9 @@ public:
     // for are no failure.
     static long read(int fd, void* data, long len, archi::Int64 pos);
     static long write(int fd, void const* data, long len, archi::Int64 pos);
+
+    // Until a descriptor that does not wait by itself takes bytes again, or has failed.
+    static int wait_writable(int fd);
 
     static archi::Int64 get_pos(int fd);
     static int set_len(int fd, archi::Int64 len);
