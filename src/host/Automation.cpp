@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace ulk::host {
 
@@ -28,9 +29,47 @@ Automation::Automation(ParamTable const& params, std::vector<ParamChange> const&
     std::stable_sort(_entry_arr.begin(), _entry_arr.end(),
                      [](Entry const& a, Entry const& b) { return a.frame < b.frame; });
     make_ramps(std::move(course_arr));
+    list_events();
+}
+
+void Automation::list_events() {
+    _evt_arr.clear();
     for (Entry const& entry : _entry_arr) {
         _evt_arr.push_back(&entry.evt);
     }
+}
+
+void Automation::start_at(long long pos) {
+    auto const rest =
+        std::upper_bound(_entry_arr.begin(), _entry_arr.end(), pos,
+                         [](long long frame, Entry const& entry) { return frame < entry.frame; });
+    std::map<int, Entry> last_map; // by parameter
+    for (auto entry = _entry_arr.begin(); entry != rest; ++entry) {
+        last_map[entry->evt.param.location.index] = *entry;
+    }
+    std::vector<Entry> entry_arr;
+    for (auto& [index, entry] : last_map) {
+        Dsp::EventParam& param = entry.evt.param;
+        Course const course = {entry.frame, param.ramp_len, param.val_beg, param.val_end};
+        param.val_beg = course.find_val(pos);
+        param.ramp_len = static_cast<long>(std::max(entry.frame + param.ramp_len - pos, 0LL));
+        entry.frame = pos;
+        if (param.ramp_len > 0) {
+            entry_arr.push_back(entry);
+        } else {
+            _start_arr.push_back(entry.evt);
+        }
+    }
+    entry_arr.insert(entry_arr.end(), rest, _entry_arr.end());
+    _entry_arr.swap(entry_arr);
+    list_events();
+    for (Dsp::Event const& evt : _start_arr) {
+        _start_evt_arr.push_back(&evt);
+    }
+}
+
+kryn::PluginDsp::EventList Automation::find_start() const {
+    return {_start_evt_arr.data(), static_cast<long>(_start_evt_arr.size())};
 }
 
 double Automation::Course::find_val(long long frame) const {

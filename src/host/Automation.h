@@ -20,6 +20,12 @@ public:
     Automation(ParamTable const& params, std::vector<ParamChange> const& change_arr,
                double sample_freq);
 
+    // Before the first block, which may then start anywhere: what lies up to frame pos is in force
+    // there. Ramps that still run go on from there; what has come to rest is told by find_start().
+    void start_at(long long pos);
+    // The values at rest at the start, as jumps at time stamp 0, for a host that brings the plug-in
+    // there in silence. Good as long as the object.
+    Dsp::EventList find_start() const;
     // The events of the block of len frames that starts at frame pos; blocks come one behind the
     // other. The list is good until the next call. real-time
     Dsp::EventList find_block(long long pos, long len);
@@ -41,9 +47,12 @@ private:
     };
 
     void make_ramps(std::vector<Course> course_arr);
+    void list_events();
 
     std::vector<Entry> _entry_arr; // by time
     std::vector<Dsp::Event const*> _evt_arr;
+    std::vector<Dsp::Event> _start_arr;
+    std::vector<Dsp::Event const*> _start_evt_arr;
     std::size_t _next = 0;
 };
 

@@ -83,6 +83,9 @@ public:
         Place place;
     };
 
+    // "file:line:column"
+    std::string tell(Place const& place) const;
+
     std::vector<std::string> file_arr; // the session's own first, then its lists of clips
     std::string name;
     double sample_freq = 48000; // Hz

@@ -1,0 +1,170 @@
+#include "host/engine/Feeder.h"
+
+#include "host/Error.h"
+#include "ulk/sacc/SplCacheIteratorRead.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace ulk::host::engine {
+
+Feeder::Feeder(Engine& engine, CacheService& cache, SampleStore& store,
+               std::vector<SampleStore::Id> const& id_arr)
+    : _engine(engine)
+    , _cache(cache)
+    , _store(store)
+    , _id_arr(id_arr)
+    , _player_arr(engine.use_players().size()) {}
+
+// Calls fnc(note, identifier of its sample, source range) for what sounds within the next len
+// frames.
+template <class F>
+void Feeder::walk_ranges(long len, F fnc) const {
+    long long const beg = _engine.get_pos();
+    for (auto const& player : _engine.use_players()) {
+        player->walk_sounding(beg + len, [&](std::size_t index) {
+            Note const& note = player->use_note(index);
+            long long const a = std::max(beg, note.beg);
+            long long const b = std::min(beg + len, note.end);
+            if (a < b) {
+                fnc(note, player->get_sample_id(index), note.find_range(a, b));
+            }
+        });
+    }
+}
+
+long Feeder::count_cells(Note::Range const& range, int nbr_chn) const {
+    if (range.end <= range.beg) {
+        return 0;
+    }
+    long const block_len = _cache.get_size().cell_len / nbr_chn;
+    return static_cast<long>((range.end - 1) / block_len - range.beg / block_len) + 1;
+}
+
+Feeder::Demand Feeder::find_demand(long len) const {
+    Demand demand;
+    walk_ranges(len, [&](Note const& note, long long, Note::Range const& range) {
+        long const needed = count_cells(range, note.nbr_chn);
+        long const ahead = count_cells(note.find_ahead(range), note.nbr_chn);
+        long own = ahead; // a voice that begins
+        if (note.beg < _engine.get_pos()) {
+            long long const grown = range.end - range.beg + Note::voice_grain;
+            own = std::min(own, count_cells({0, grown}, note.nbr_chn) + 1);
+        }
+        demand.needed += needed;
+        demand.own += own;
+        demand.ahead += ahead;
+    });
+    return demand;
+}
+
+long Feeder::find_span(long max_len, long block_len) {
+    long const nbr_cells = _cache.get_size().get_nbr_cells();
+    for (long len = max_len;; len = std::max(len / block_len / 2, 1L) * block_len) {
+        Demand const demand = find_demand(len);
+        long const least = std::min(demand.needed + demand.own, demand.ahead);
+        if (least <= nbr_cells) {
+            _ahead_flag = demand.ahead <= nbr_cells;
+            _max_cells = std::max(_max_cells, least);
+            return len;
+        }
+        if (len <= block_len) {
+            double const size = static_cast<double>(least * _cache.get_size().cell_len) * 4 / 1e6;
+            throw Error(Error::Kind_USE, "the sample cache is too small for the voices at once: it "
+                                         "needs " +
+                                             std::to_string(std::lround(std::ceil(size))) + " MB");
+        }
+    }
+}
+
+void Feeder::give_back_ended(NotePlayer const& player, PlayerState& state) {
+    auto const ended =
+        std::partition(state.held_arr.begin(), state.held_arr.end(), [&](std::size_t note) {
+            return player.use_note(note).end >= _engine.get_pos();
+        });
+    for (auto note = ended; note != state.held_arr.end(); ++note) {
+        _store.give_back(player.get_sample_id(*note));
+    }
+    state.held_arr.erase(ended, state.held_arr.end());
+}
+
+void Feeder::open_files(long len) {
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        NotePlayer& player = *_engine.use_players()[index];
+        PlayerState& state = _player_arr[index];
+        give_back_ended(player, state);
+        for (; state.next < player.get_nbr_notes() &&
+               player.use_note(state.next).beg < _engine.get_pos() + len;
+             ++state.next) {
+            ++_nbr_notes;
+            Note const& note = player.use_note(state.next);
+            auto const id = _id_arr[static_cast<std::size_t>(note.sample)];
+            if (_store.hold(id)) {
+                player.set_sample_id(state.next, id);
+                state.held_arr.push_back(state.next);
+            } else {
+                _store.give_back(id);
+                _dropped_arr.push_back({note.track, note.clip, note.beg, 0});
+            }
+        }
+    }
+}
+
+void Feeder::ask(long long id, Note::Range const& range) {
+    if (range.beg < range.end && id != NotePlayer::no_id) {
+        _cache.use_cache().prefetch_data(_store.get_file_id(id), range.beg,
+                                         static_cast<long>(range.end - range.beg));
+    }
+}
+
+// What is needed is asked for last, so that it is the last to be given up.
+void Feeder::request(long len) {
+    if (_ahead_flag) {
+        walk_ranges(len, [this](Note const& note, long long id, Note::Range const& range) {
+            ask(id, note.find_ahead(range));
+        });
+    }
+    walk_ranges(len,
+                [this](Note const&, long long id, Note::Range const& range) { ask(id, range); });
+}
+
+long long Feeder::find_missing(long long id, Note::Range const& range) {
+    sacc::SplCacheIteratorRead it;
+    long long missing = range.end - range.beg;
+    if (missing <= 0) {
+        return 0;
+    }
+    _cache.use_cache().get_data(_store.get_file_id(id), range.beg, static_cast<long>(missing), it);
+    for (; it.is_rem_elt(); it.iterate()) {
+        missing -= it.get_data_len();
+    }
+    return missing;
+}
+
+void Feeder::check(long len) {
+    walk_ranges(len, [&](Note const& note, long long id, Note::Range const& range) {
+        if (id == NotePlayer::no_id) {
+            return;
+        }
+        double const missing = static_cast<double>(find_missing(id, range));
+        if (missing > 0) {
+            long long const beg = std::max(_engine.get_pos(), note.beg);
+            auto const nbr_frames = std::llround(missing / static_cast<double>(note.rate));
+            add_hole({note.track, note.clip, beg, std::min<long long>(nbr_frames, len)});
+        }
+    });
+}
+
+// All holes of a clip are one.
+void Feeder::add_hole(Loss const& hole) {
+    for (auto last = _hole_arr.rbegin(); last != _hole_arr.rend(); ++last) {
+        if (last->track == hole.track && last->clip == hole.clip) {
+            last->len += hole.len;
+            return;
+        }
+    }
+    _hole_arr.push_back(hole);
+}
+
+} // namespace ulk::host::engine

@@ -1,0 +1,80 @@
+#include "host/engine/Recorder.h"
+
+#include "host/Error.h"
+#include "ulk/dsp/BasicMixing.h"
+#include "ulk/sacc/SplCacheIteratorWrite.h"
+#include "ulk/sacc/SplFileFmtDesc.h"
+#include "ulk/sacc/SplFileFmtTools.h"
+
+#include <filesystem>
+
+namespace ulk::host::engine {
+
+Recorder::Recorder(CacheService& cache, std::string const& path, Format const& format)
+    : _cache(cache)
+    , _path(path)
+    , _format(format) {
+    dsp::BasicMixing::setup();
+    sacc::SplFileFmtDesc desc;
+    desc.set_data(sacc::SplFileFmt_WAV, format.bit_fmt, format.sample_freq, format.nbr_chn);
+    if (_cache.use_cache().create_file_new(_file_id, path.c_str(), desc) != 0) {
+        throw Error(Error::Kind_IO, path + ": cannot be made; is its folder there, and writable?");
+    }
+}
+
+Recorder::~Recorder() {
+    if (_open_flag) {
+        _cache.use_cache().close_file(_file_id);
+    }
+}
+
+bool Recorder::push(float const* const* chn_arr, long len) {
+    int const nbr_chn = _format.nbr_chn;
+    sacc::SplCacheIteratorWrite it;
+    _cache.use_cache().push_data(_file_id, len, it);
+    long done = 0;
+    for (; it.is_rem_elt(); it.iterate()) {
+        float* const dst = it.use_cell().use_data() + it.get_data_pos_cell() * nbr_chn;
+        long const part_len = it.get_data_len();
+        if (nbr_chn == 2) {
+            dsp::BasicMixing::copy_2_2i(dst, chn_arr[0] + done, chn_arr[1] + done, part_len);
+        } else {
+            for (int chn = 0; chn < nbr_chn; ++chn) {
+                dsp::BasicMixing::copy_1_ni1(dst + chn, chn_arr[chn] + done, part_len, nbr_chn);
+            }
+        }
+        done += part_len;
+    }
+    _nbr_pushed += done;
+    return done == len;
+}
+
+// A failed write is told to nobody but the log: the file's size shows it. Only whole cells have
+// been written.
+void Recorder::validate() {
+    if (_cache.use_cache().validate_new_data(_file_id) != 0) {
+        throw Error(Error::Kind_IO, _path + ": writing failed");
+    }
+    long const cell_len = _cache.get_size().cell_len / _format.nbr_chn;
+    check_size(_nbr_pushed / cell_len * cell_len);
+}
+
+void Recorder::close() {
+    _open_flag = false;
+    if (_cache.use_cache().close_file(_file_id) != 0) {
+        throw Error(Error::Kind_IO, _path + ": writing failed");
+    }
+    check_size(_nbr_pushed);
+}
+
+void Recorder::check_size(long long nbr_frames) const {
+    std::error_code ec;
+    auto const size = std::filesystem::file_size(_path, ec);
+    auto const frame_len =
+        sacc::SplFileFmtTools::get_nbr_bytes_per_sample(_format.bit_fmt) * _format.nbr_chn;
+    if (ec || static_cast<long long>(size) < nbr_frames * frame_len) {
+        throw Error(Error::Kind_IO, _path + ": cannot be written; is the disk full?");
+    }
+}
+
+} // namespace ulk::host::engine

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "host/engine/CacheService.h"
+#include "ulk/sacc/SplCacheFileId.h"
+#include "ulk/sacc/SplFileBitFmt.h"
+
+#include <string>
+
+namespace ulk::host::engine {
+
+// A WAV file that is written through the recording side of a cache: frames go into its memory, its
+// slices bring them to the disk. Control side but where told.
+class Recorder {
+public:
+    struct Format {
+        sacc::SplFileBitFmt bit_fmt;
+        double sample_freq; // Hz
+        int nbr_chn;
+    };
+
+    // Makes the file; what stood there is lost. Throws an Error that names it.
+    Recorder(CacheService& cache, std::string const& path, Format const& format);
+    ~Recorder(); // closes, whatever comes of it
+
+    Recorder(Recorder const&) = delete;
+    Recorder& operator=(Recorder const&) = delete;
+
+    std::string const& get_path() const { return _path; }
+    // Appends frames, a buffer a channel. real-time, within a pass. False when the cache has no
+    // memory left for them: some are lost.
+    bool push(float const* const* chn_arr, long len);
+    // Brings the file's headers up to date with what the slices have written, so that what is there
+    // can be read whatever happens. Throws an Error when the file does not grow as it should.
+    void validate();
+    // Writes the rest. Throws an Error when the file does not hold all that was pushed.
+    void close();
+
+private:
+    void check_size(long long nbr_frames) const;
+
+    CacheService& _cache;
+    std::string _path;
+    Format _format;
+    sacc::SplCacheFileId _file_id = 0;
+    long long _nbr_pushed = 0; // frames
+    bool _open_flag = true;
+};
+
+} // namespace ulk::host::engine

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "host/HostInterface.h"
+#include "host/engine/CacheService.h"
+#include "host/engine/NotePlan.h"
+#include "ulk/sacc/SplCacheFileId.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace ulk::host::engine {
+
+// The samples that plug-ins may play, by the identifiers that notes carry, and the host that
+// answers the plug-ins' questions about them. Files are opened when they are held for the first
+// time, and closed some time after nobody holds them any more, so that few are open at once.
+// Control side but where told.
+class SampleStore : public HostInterface {
+public:
+    using Id = long long; // 48 bits
+
+    // max_open: files that stay open without being held, as long as no more are open in all.
+    SampleStore(CacheService& cache, int max_open);
+    ~SampleStore() override; // closes all
+
+    SampleStore(SampleStore const&) = delete;
+    SampleStore& operator=(SampleStore const&) = delete;
+
+    Id add(std::string const& path, SampleFacts const& facts);
+    // Opens the file unless it is open. False if that fails, or if it is not what facts told: the
+    // sample is unusable then, for ever. Every hold is given back, also one that failed.
+    bool hold(Id id);
+    void give_back(Id id);
+    bool is_usable(Id id) const { return use(id).state != State::FAILED; }
+    int get_nbr_open() const { return _nbr_open; }
+
+    // real-time: the cache's name of a sample that is held
+    sacc::SplCacheFileId get_file_id(Id id) const { return use(id).file_id; }
+
+protected:
+    int do_execute(int cmd, void* data) override; // real-time
+
+private:
+    enum class State { CLOSED, OPEN, FAILED };
+
+    struct Entry {
+        std::string path;
+        SampleFacts facts;
+        State state = State::CLOSED;
+        int nbr_holds = 0;
+        bool resting_flag = false; // stands in the list of those given back
+        sacc::SplCacheFileId file_id = 0;
+    };
+
+    Entry& use(Id id) { return _entry_arr[static_cast<std::size_t>(id - 1)]; }
+    Entry const& use(Id id) const { return _entry_arr[static_cast<std::size_t>(id - 1)]; }
+    bool is_known(Id id) const { return id > 0 && id <= static_cast<Id>(_entry_arr.size()); }
+    bool open(Entry& entry);
+    void close(Entry& entry);
+
+    CacheService& _cache;
+    int _max_open;
+    int _nbr_open = 0;
+    std::vector<Entry> _entry_arr; // by identifier, from 1 on
+    std::deque<Id> _rest_list;     // those given back, about the longest ago first
+};
+
+} // namespace ulk::host::engine
