@@ -1,0 +1,47 @@
+#pragma once
+
+#include "host/session/Diagnostics.h"
+#include "host/session/Node.h"
+
+#include <string>
+#include <unordered_map>
+
+namespace ulk::host::session {
+
+// Finds the samples of a session, each once, by their short names and paths.
+class SampleTable {
+public:
+    static constexpr int none = -1;
+
+    // Adds to the sample_arr of session, and knows its file_arr. Both outlive the table.
+    SampleTable(Session& session, Diagnostics& diagnostics);
+
+    // The path that a text in a file of the session stands for.
+    static std::string resolve(std::string const& file_path, std::string const& txt);
+
+    // A path that is empty is a mistake that was told before.
+    void add_name(std::string const& name, Session::Place place, std::string const& path);
+
+    // The index of the sample that is asked for in a file, or none after having told why not. A
+    // text without a point and a slash is a short name, every other one may be.
+    int find(std::string const& txt, Session::Place place);
+
+    // Warns of short names that nobody asked for.
+    void check_use() const;
+
+private:
+    struct Name {
+        std::string path; // resolved
+        Session::Place place;
+        bool used_flag = false;
+    };
+
+    int find_path(std::string const& path, Session::Place place);
+
+    Session& _session;
+    Diagnostics& _diagnostics;
+    std::unordered_map<std::string, Name> _name_map;
+    std::unordered_map<std::string, int> _path_map;
+};
+
+} // namespace ulk::host::session

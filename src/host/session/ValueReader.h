@@ -1,0 +1,102 @@
+#pragma once
+
+#include "host/session/Diagnostics.h"
+#include "host/session/Node.h"
+#include "host/session/TempoMap.h"
+#include "host/session/TimeOrigin.h"
+#include "host/session/TimeText.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace ulk::host::session {
+
+// Reads the values of fields. What is no such value, or out of its range, is told to diagnostics
+// and gives nothing. name: of the field, for the message.
+class ValueReader {
+public:
+    static constexpr double max_time = 1e7; // s, of all times and lengths
+    static constexpr double max_level = 24; // dB
+
+    explicit ValueReader(Diagnostics& diagnostics)
+        : _diagnostics(diagnostics) {}
+
+    // Settle what times mean from now on.
+    void set_sample_freq(double sample_freq) { _sample_freq = sample_freq; }
+    void set_tempo_map(TempoMap map) { _tempo_map = std::move(map); }
+    TempoMap const& use_tempo_map() const { return _tempo_map; }
+
+    Diagnostics& use_diagnostics() { return _diagnostics; }
+
+    // Tells what was expected, and what is there.
+    void refuse(Node const& node, std::string_view name, std::string const& expected);
+
+    std::optional<double> read_number(Node const& node, std::string_view name, double min,
+                                      double max);
+    std::optional<int> read_whole(Node const& node, std::string_view name, int min, int max);
+    std::optional<bool> read_flag(Node const& node, std::string_view name);
+    // Not empty and without control characters.
+    std::optional<std::string> read_text(Node const& node, std::string_view name);
+    std::optional<double> read_time(Node const& node, std::string_view name,
+                                    TimeOrigin const& origin);
+    // dB, from Session::silence on
+    std::optional<double> read_level(Node const& node, std::string_view name);
+    std::optional<double> read_pan(Node const& node, std::string_view name);
+
+    // A value that stands, or points that give times by the origin.
+    std::optional<Session::Curve> read_levels(Node const& node, std::string_view name,
+                                              TimeOrigin const& origin);
+    std::optional<Session::Curve> read_pans(Node const& node, std::string_view name,
+                                            TimeOrigin const& origin);
+
+    // Calls read_val (node, time) for each point of a list, [time, value] with ascending times.
+    template <class ReadVal>
+    bool read_points(Node const& node, std::string_view name, TimeOrigin const& origin,
+                     ReadVal read_val);
+
+private:
+    using ReadMember = std::optional<double> (ValueReader::*)(Node const&, std::string_view);
+
+    std::optional<TimeText> find_time(Node const& node) const;
+    // s; nothing for a bar or beat that is not there
+    std::optional<double> conv_time(TimeText const& time, TimeOrigin const& origin) const;
+    std::optional<Session::Curve> read_curve(Node const& node, std::string_view name,
+                                             TimeOrigin const& origin, ReadMember read_val);
+
+    Diagnostics& _diagnostics;
+    double _sample_freq = 48000;
+    TempoMap _tempo_map;
+};
+
+template <class ReadVal>
+bool ValueReader::read_points(Node const& node, std::string_view name, TimeOrigin const& origin,
+                              ReadVal read_val) {
+    auto const* const list = std::get_if<Node::List>(&node.val);
+    if (list == nullptr || list->empty()) {
+        refuse(node, name, "a list of points, [[time, value], ...]");
+        return false;
+    }
+    bool ok_flag = true;
+    double last = -max_time;
+    for (Node const& elt : *list) {
+        auto const* const point = std::get_if<Node::List>(&elt.val);
+        if (point == nullptr || point->size() != 2) {
+            refuse(elt, name, "a list of points, each [time, value]");
+            ok_flag = false;
+            continue;
+        }
+        auto const time = read_time((*point)[0], name, origin);
+        if (time && *time < last) {
+            _diagnostics.error((*point)[0].place, "a point lies before the one that precedes it; "
+                                                  "points stand in the order of their times");
+            ok_flag = false;
+        }
+        last = time.value_or(last);
+        ok_flag = read_val((*point)[1], last) && time && ok_flag;
+    }
+    return ok_flag;
+}
+
+} // namespace ulk::host::session
