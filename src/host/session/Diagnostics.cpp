@@ -19,15 +19,15 @@ std::string count(long nbr, char const* what) {
 } // namespace
 
 void Diagnostics::error(Session::Place place, std::string text) {
-    add({place, Diagnostic::Severity::ERROR, std::move(text)}, _nbr_errors);
+    add({place, Diagnostic::Severity::ERROR, std::move(text)});
 }
 
 void Diagnostics::warn(Session::Place place, std::string text) {
-    add({place, Diagnostic::Severity::WARNING, std::move(text)}, _nbr_warnings);
+    add({place, Diagnostic::Severity::WARNING, std::move(text)});
 }
 
-void Diagnostics::add(Diagnostic diagnostic, long& count) {
-    ++count;
+void Diagnostics::add(Diagnostic diagnostic) {
+    ++(diagnostic.severity == Diagnostic::Severity::ERROR ? _nbr_errors : _nbr_warnings);
     if (!is_full()) {
         diagnostic.text = TextPos::make_printable(diagnostic.text);
         _list.push_back(std::move(diagnostic));

@@ -14,6 +14,7 @@ class Diagnostics {
 public:
     static constexpr std::size_t max_nbr = 200; // kept
 
+    void add(Diagnostic diagnostic);
     void error(Session::Place place, std::string text);
     void warn(Session::Place place, std::string text);
 
@@ -34,8 +35,6 @@ public:
     void check(std::vector<std::string> const& file_arr) const;
 
 private:
-    void add(Diagnostic diagnostic, long& count);
-
     std::vector<Diagnostic> _list;
     long _nbr_errors = 0;
     long _nbr_warnings = 0;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "host/session/Diagnostics.h"
+#include "ulk/archi/types.h"
+
+#include <string>
+#include <vector>
+
+namespace ulk::sacc {
+class SplFileMgr;
+}
+
+namespace ulk::host::session {
+
+// Looks into the headers of a session's samples.
+class SampleCheck {
+public:
+    // What is known of a sample.
+    struct Info {
+        archi::Int64 len = 0;   // frames
+        double sample_freq = 0; // Hz
+        int nbr_chn = 0;
+        std::string reason; // why it cannot be used, in the user's words; empty if it can
+    };
+
+    // Of all samples of a session, in their order. Formats are those that the manager knows; each
+    // file is closed again before the next one is opened.
+    static std::vector<Info> look(Session const& session, sacc::SplFileMgr& file_mgr);
+
+    // Whether a clip's offset lies behind the end of its sample, which can be used.
+    static bool is_behind_end(Session::Clip const& clip, Info const& info);
+
+    // Tells of the samples that cannot be used, each at the place that asks for it first, and of
+    // the clips that begin behind the end of theirs. info_arr: from look ().
+    static void report(Session const& session, std::vector<Info> const& info_arr,
+                       Diagnostic::Severity severity, Diagnostics& diagnostics);
+};
+
+} // namespace ulk::host::session
