@@ -1,6 +1,7 @@
 #include "host/render/OutputFormat.h"
 
 #include "host/Error.h"
+#include "host/render/TimeText.h"
 #include "ulk/sacc/SplFileFmtTools.h"
 #include "ulk/sacc/SplFileFmtWav.h"
 
@@ -22,14 +23,6 @@ constexpr long long max_data_len = 0xFFFFFFFFLL - (sacc::SplFileFmtWav::_header_
 std::string print_gib(double nbr_bytes) {
     char txt[32];
     std::snprintf(txt, sizeof(txt), "%.1f GiB", nbr_bytes / (1 << 30));
-    return txt;
-}
-
-std::string print_time(double s) {
-    auto const minutes = static_cast<long>(s / 60);
-    char txt[64];
-    std::snprintf(txt, sizeof(txt), "%ld:%02ld:%02ld", minutes / 60, minutes % 60,
-                  static_cast<long>(s) % 60);
     return txt;
 }
 
@@ -72,9 +65,10 @@ void OutputFormat::check_len(std::string const& name, long long nbr_frames) cons
         return;
     }
     double const len = static_cast<double>(nbr_frames) * get_frame_len();
-    std::string advice = "render it in parts of up to " +
-                         print_time(static_cast<double>(max_nbr_frames) / sample_freq) +
-                         " (--from, --to)";
+    std::string advice =
+        "render it in parts of up to " +
+        TimeText::print(std::floor(static_cast<double>(max_nbr_frames) / sample_freq), 0) +
+        " (--from, --to)";
     OutputFormat const smaller = {sacc::SplFileBitFmt_S16, sample_freq, nbr_chn};
     if (nbr_frames <= max_data_len / smaller.get_frame_len()) {
         advice += ", or take --format s16";
