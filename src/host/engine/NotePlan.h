@@ -1,18 +1,15 @@
 #pragma once
 
 #include "host/engine/Note.h"
+#include "host/session/SampleCheck.h"
 #include "host/session/Session.h"
 
 #include <vector>
 
 namespace ulk::host::engine {
 
-// What a sample file holds.
-struct SampleFacts {
-    long long len = 0;      // frames; 0 when the sample cannot be used
-    double sample_freq = 0; // Hz
-    int nbr_chn = 0;
-};
+// What a sample file holds; one without length cannot be used.
+using SampleFacts = session::SampleCheck::Info;
 
 // The clips of a session as notes, spread over players of 64 voices so that no note is lost.
 class NotePlan {

@@ -40,7 +40,7 @@ public:
         EXPECT_EQ(0, file.close());
         session.sample_arr.push_back({path, {}});
         fact_arr.push_back(
-            {static_cast<long long>(len), sample_freq, static_cast<int>(channels.size())});
+            {static_cast<long long>(len), sample_freq, static_cast<int>(channels.size()), ""});
         return index;
     }
     int add_noise(int nbr_chn, long len, double sample_freq) {
