@@ -37,15 +37,18 @@ int refuse_command(pibase::BidirComPoint*, int, void*) {
 
 } // namespace
 
-Bundle::Bundle(std::string const& path)
+Bundle::Bundle(std::string const& path, CommandTap* tap, LogFnc* log)
     : _path(path)
+    , _tap(tap)
     , _library(load(path))
     , _com{&refuse_command, nullptr, this, nullptr} {
     auto* const entry_point = _library->find<EntryPoint>("ulk_entry_point");
     if (entry_point == nullptr) {
         throw Error(Error::Kind_MATERIAL, path + ": no bundle: it exports no ulk_entry_point");
     }
-    entry_point(cmd_install_log, reinterpret_cast<void*>(&Log::receive));
+    if (log != nullptr) {
+        entry_point(cmd_install_log, reinterpret_cast<void*>(log));
+    }
     pibase::BidirComPoint* com = &_com;
     int const ret = entry_point(cmd_create_factory, &com);
     if (ret != ace::Err_OK) {
@@ -57,11 +60,11 @@ Bundle::Bundle(std::string const& path)
 }
 
 Bundle::~Bundle() {
-    _com.plugin_execute(&_com, kryn::Component::Cmd::DESTROY, nullptr);
+    send(kryn::Component::Cmd::DESTROY, nullptr);
 }
 
 std::vector<unsigned char> Bundle::describe() {
-    return DescribeCommand::run(_com, _path);
+    return DescribeCommand::run(_com, _path, _tap);
 }
 
 std::vector<std::string> Bundle::list_plugins() {
@@ -77,7 +80,7 @@ std::vector<std::string> Bundle::list_plugins() {
 
 std::unique_ptr<Plugin> Bundle::instantiate(std::string const& id, HostInterface* host) {
     try {
-        return std::make_unique<Plugin>(_library, _com, id, host);
+        return std::make_unique<Plugin>(_library, _com, id, host, _tap);
     } catch (PluginError const& e) {
         if (e.get_code() != ace::Err_NOT_FOUND) {
             throw;

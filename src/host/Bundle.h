@@ -1,6 +1,8 @@
 #pragma once
 
+#include "host/CommandTap.h"
 #include "host/HostInterface.h"
+#include "host/Log.h"
 #include "host/Plugin.h"
 #include "ulk/pibase/BidirComPoint.h"
 #include "ulk/sys/SharedLibrary.h"
@@ -15,14 +17,22 @@ namespace ulk::host {
 // the Bundle.
 class Bundle {
 public:
-    // Throws an Error that names the file: not found, not loadable, no bundle, no factory.
-    explicit Bundle(std::string const& path);
+    using LogFnc = int(int cmd, void* data);
+
+    // tap: sees all commands, may be null, outlives the bundle and its instances. log: takes the
+    // log lines; null leaves them to the bundle. Throws an Error that names the file: not found,
+    // not loadable, no bundle, no factory.
+    explicit Bundle(std::string const& path, CommandTap* tap = nullptr,
+                    LogFnc* log = &Log::receive);
     ~Bundle();
 
     Bundle(Bundle const&) = delete;
     Bundle& operator=(Bundle const&) = delete;
 
     std::string const& get_path() const { return _path; }
+
+    // Any command to the factory, for tools. The result is the code.
+    int send(int cmd, void* data) { return CommandTap::execute(_tap, _com, cmd, data); }
 
     // The factory's description document.
     std::vector<unsigned char> describe();
@@ -34,6 +44,7 @@ public:
 
 private:
     std::string _path;
+    CommandTap* _tap;
     std::shared_ptr<sys::SharedLibrary const> _library;
     pibase::BidirComPoint _com;
 };

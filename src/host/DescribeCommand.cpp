@@ -7,14 +7,15 @@
 
 namespace ulk::host {
 
-std::vector<unsigned char> DescribeCommand::run(pibase::BidirComPoint& com, std::string const& id) {
+std::vector<unsigned char> DescribeCommand::run(pibase::BidirComPoint& com, std::string const& id,
+                                                CommandTap* tap) {
     // The protocol has no way to ask for the size: grow until the document fits.
     constexpr int max_len = 1 << 26;
     std::vector<unsigned char> doc(1024);
     for (;;) {
         int const capacity = static_cast<int>(doc.size());
         kryn::Component::Cmd::Describe rec = {doc.data(), capacity};
-        int const ret = com.plugin_execute(&com, kryn::Component::Cmd::DESCRIBE, &rec);
+        int const ret = CommandTap::execute(tap, com, kryn::Component::Cmd::DESCRIBE, &rec);
         if (ret == ace::Err_NO_ROOM && capacity < max_len) {
             doc.resize(doc.size() * 2);
             continue;

@@ -25,7 +25,9 @@ public:
     Description& operator=(Description const&) = delete;
 
     prout::DescPluginList const& use_plugin_list() const { return _plugin_list; }
+    prout::DescUniqueId const& use_unique_id() const { return _unique_id; }
     prout::DescParamList const& use_param_list() const { return _param_list; }
+    prout::DescPinConfList const& use_pin_conf_list() const { return _pin_conf_list; }
 
     // The document in each form; they throw an Error.
     std::string conv_to_bin() const;

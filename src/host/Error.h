@@ -12,7 +12,7 @@ public:
     enum Kind : int {
         Kind_USE = 1,      // wrong call
         Kind_MATERIAL = 2, // missing or unusable file, bundle or plug-in
-        Kind_LOST = 3,     // done, but with something lost
+        Kind_LOST = 3,     // done, but with something lost or found wrong
         Kind_IO = 4        // reading or writing failed on the way
     };
 

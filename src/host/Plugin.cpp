@@ -1,5 +1,6 @@
 #include "host/Plugin.h"
 
+#include "host/CommandName.h"
 #include "host/ContractError.h"
 #include "host/DescribeCommand.h"
 #include "host/PluginError.h"
@@ -27,18 +28,6 @@ using CmdPlug = kryn::PluginDsp::CmdPlug;
     throw ContractError(ContractError::Side_PLUGIN, id + ": " + text);
 }
 
-std::string find_name(int cmd) {
-    for (auto const* list : {kryn::Component::cmd_txt_list, kryn::PluginFactory::cmd_txt_list,
-                             kryn::Plugin::cmd_txt_list, kryn::PluginDsp::cmd_txt_list}) {
-        for (; list->txt != nullptr; ++list) {
-            if (list->code == cmd) {
-                return list->txt;
-            }
-        }
-    }
-    return cmd == CmdPlug::GET_PARAM_VAL ? "GET_PARAM_VAL" : "command " + std::to_string(cmd);
-}
-
 // Both sides of a configuration as the record of the protocol. in and out are the storage.
 kryn::PluginDsp::FullPinConf make_record(std::vector<long>& in, std::vector<long>& out) {
     kryn::PluginDsp::FullPinConf rec = {};
@@ -55,16 +44,17 @@ kryn::PluginDsp::FullPinConf make_record(std::vector<long>& in, std::vector<long
 } // namespace
 
 Plugin::Plugin(std::shared_ptr<sys::SharedLibrary const> library, pibase::BidirComPoint& factory,
-               std::string const& id, HostInterface* host)
+               std::string const& id, HostInterface* host, CommandTap* tap)
     : _library(std::move(library))
     , _id(id)
     , _host(host)
+    , _tap(tap)
     , _com{&execute_host_static, nullptr, this, nullptr} {
     kryn::PluginFactory::CmdFact::Instantiate rec = {_id.c_str(), &_com};
     int const cmd = kryn::PluginFactory::CmdFact::INSTANTIATE;
-    int const ret = factory.plugin_execute(&factory, cmd, &rec);
+    int const ret = CommandTap::execute(_tap, factory, cmd, &rec);
     if (ret != ace::Err_OK) {
-        throw PluginError(_id, find_name(cmd), ret);
+        throw PluginError(_id, CommandName::find(cmd), ret);
     }
     if (_com.plugin_execute == nullptr || _com.plugin_data == nullptr) {
         blame_plugin(_id, "INSTANTIATE succeeded without filling in the communication point");
@@ -89,7 +79,7 @@ int Plugin::execute_host_static(pibase::BidirComPoint* com, int cmd, void* data)
 int Plugin::send_checked(int cmd, void* data) {
     int const ret = send(cmd, data);
     if (ret != ace::Err_OK) {
-        throw PluginError(_id, find_name(cmd), ret);
+        throw PluginError(_id, CommandName::find(cmd), ret);
     }
     return ret;
 }
@@ -97,7 +87,7 @@ int Plugin::send_checked(int cmd, void* data) {
 void Plugin::send_optional(int cmd, void* data) {
     int const ret = pibase::Tools::not_imp_success(send(cmd, data));
     if (ret != ace::Err_OK) {
-        throw PluginError(_id, find_name(cmd), ret);
+        throw PluginError(_id, CommandName::find(cmd), ret);
     }
 }
 
@@ -108,7 +98,7 @@ void Plugin::check_inactive(char const* what) const {
 }
 
 std::vector<unsigned char> Plugin::describe() {
-    return DescribeCommand::run(_com, _id);
+    return DescribeCommand::run(_com, _id, _tap);
 }
 
 void Plugin::init() {

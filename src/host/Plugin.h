@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/CommandTap.h"
 #include "host/HostInterface.h"
 #include "host/PinConf.h"
 #include "ulk/kryn/PluginDsp.h"
@@ -22,10 +23,11 @@ class Plugin {
 public:
     using Dsp = kryn::PluginDsp;
 
-    // Sends INSTANTIATE on a factory's point. host: answers the plug-in's commands, may be null;
-    // outlives the instance. The library stays loaded as long as the instance lives.
+    // Sends INSTANTIATE on a factory's point. host: answers the plug-in's commands, tap: sees those
+    // to it; either may be null, and outlives the instance. The library stays loaded as long as the
+    // instance lives.
     Plugin(std::shared_ptr<sys::SharedLibrary const> library, pibase::BidirComPoint& factory,
-           std::string const& id, HostInterface* host);
+           std::string const& id, HostInterface* host, CommandTap* tap = nullptr);
     ~Plugin();
 
     Plugin(Plugin const&) = delete;
@@ -59,10 +61,12 @@ public:
     std::string conv_param_to_str(kryn::ParamLocation const& loc, double val);
     double conv_param_from_str(kryn::ParamLocation const& loc, std::string const& txt);
 
+    // Any command, past the order of commands and the checks: for tools. The result is the code.
+    int send(int cmd, void* data) { return CommandTap::execute(_tap, _com, cmd, data); }
+
 private:
     static int execute_host_static(pibase::BidirComPoint* com, int cmd, void* data);
 
-    int send(int cmd, void* data) { return _com.plugin_execute(&_com, cmd, data); }
     int send_checked(int cmd, void* data);   // throws on a failure code
     void send_optional(int cmd, void* data); // "not implemented" counts as success
     void check_inactive(char const* what) const;
@@ -73,6 +77,7 @@ private:
     std::shared_ptr<sys::SharedLibrary const> _library;
     std::string _id;
     HostInterface* _host;
+    CommandTap* _tap;
     pibase::BidirComPoint _com;
     PinConf _conf;
     long _max_len = 0;

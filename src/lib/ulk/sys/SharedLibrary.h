@@ -15,6 +15,9 @@ public:
     SharedLibrary(SharedLibrary const&) = delete;
     SharedLibrary& operator=(SharedLibrary const&) = delete;
 
+    // Whether this process has the library, by this path, whoever loaded it.
+    static bool is_loaded(std::string const& path);
+
     // Address of a function of type Fnc, null when the library exports no such name.
     template <class Fnc>
     Fnc* find(char const* name) const {

@@ -14,7 +14,8 @@ public:
     static std::string get_machine_name();   // "x86_64"
     static std::string get_processor_name(); // as its maker calls it
 
-    static long get_page_len(); // bytes
+    static long get_page_len();      // bytes
+    static long get_used_heap_len(); // bytes that this process has allocated and not freed
 
     // What this process may have.
     static constexpr long UNLIMITED = std::numeric_limits<long>::max();

@@ -17,6 +17,14 @@ SharedLibrary::~SharedLibrary() {
     ::dlclose(_handle);
 }
 
+bool SharedLibrary::is_loaded(std::string const& path) {
+    void* const handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    if (handle != nullptr) {
+        ::dlclose(handle); // the question counted as a use
+    }
+    return handle != nullptr;
+}
+
 void* SharedLibrary::find_address(char const* name) const {
     return ::dlsym(_handle, name);
 }

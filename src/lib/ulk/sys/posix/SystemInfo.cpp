@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -55,6 +56,12 @@ std::string SystemInfo::get_processor_name() {
 
 long SystemInfo::get_page_len() {
     return ::sysconf(_SC_PAGESIZE);
+}
+
+long SystemInfo::get_used_heap_len() {
+    // A sanitizer's allocator tells nothing here.
+    struct mallinfo2 const info = ::mallinfo2();
+    return info.arena + info.hblkhd != 0 ? static_cast<long>(info.uordblks + info.hblkhd) : -1;
 }
 
 long SystemInfo::get_max_nbr_open_files() {
