@@ -22,6 +22,7 @@ void add_describe_command(CLI::App& app, Context& context);
 void add_info_command(CLI::App& app, Context& context);
 void add_plugins_command(CLI::App& app, Context& context);
 void add_process_command(CLI::App& app, Context& context);
+void add_validate_command(CLI::App& app);
 
 // The option --bundle, for the subcommands that load one.
 void add_bundle_option(CLI::App& command, Context& context);

@@ -10,14 +10,6 @@
 
 namespace ulk::host::session {
 
-namespace {
-
-std::string count(long nbr, char const* what) {
-    return std::to_string(nbr) + " " + what + (nbr == 1 ? "" : "s");
-}
-
-} // namespace
-
 void Diagnostics::error(Session::Place place, std::string text) {
     add({place, Diagnostic::Severity::ERROR, std::move(text)});
 }
@@ -32,6 +24,10 @@ void Diagnostics::add(Diagnostic diagnostic) {
         diagnostic.text = TextPos::make_printable(diagnostic.text);
         _list.push_back(std::move(diagnostic));
     }
+}
+
+std::string Diagnostics::print_nbr_errors() const {
+    return std::to_string(_nbr_errors) + (_nbr_errors == 1 ? " mistake" : " mistakes");
 }
 
 void Diagnostics::sort() {
@@ -64,7 +60,7 @@ std::string Diagnostics::print(std::vector<std::string> const& file_arr) const {
 
 void Diagnostics::check(std::vector<std::string> const& file_arr) const {
     if (has_error()) {
-        std::string txt = file_arr[0] + ": " + count(_nbr_errors, "mistake") + "\n";
+        std::string txt = file_arr[0] + ": " + print_nbr_errors() + "\n";
         txt += print(file_arr);
         txt.pop_back();
         throw Error(Error::Kind_MATERIAL, txt);

@@ -21,6 +21,7 @@ public:
     bool has_error() const { return _nbr_errors > 0; }
     long get_nbr_errors() const { return _nbr_errors; }
     long get_nbr_warnings() const { return _nbr_warnings; }
+    std::string print_nbr_errors() const; // "1 mistake", "2 mistakes"
     bool is_full() const { return _list.size() >= max_nbr; }
     std::vector<Diagnostic> const& use_list() const { return _list; }
 

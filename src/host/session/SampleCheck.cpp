@@ -4,9 +4,11 @@
 #include "ulk/sacc/Err.h"
 #include "ulk/sacc/SplFileHnd.h"
 #include "ulk/sacc/SplFileMgr.h"
+#include "ulk/sys/Err.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
@@ -30,6 +32,7 @@ constexpr Reason reason_arr[] = {
     {sacc::Err_WAV_INCONSISTENT_BIT_DEPTH, "is a WAV file that contradicts itself about its bits"},
     {sacc::Err_WAV_TRUNCATED, "is a WAV file that ends before its sound does"},
     {sacc::Err_WAV_CHUNK_SIZE, "is a WAV file with broken chunks"},
+    {sys::Err_FILE_READ_PAST_END, "is a WAV file that ends within its header"},
 };
 
 // Why a path is not even a file that can be opened; empty if it is one.
@@ -96,6 +99,14 @@ std::vector<SampleCheck::Info> SampleCheck::look(Session const& session,
 
 bool SampleCheck::is_behind_end(Session::Clip const& clip, Info const& info) {
     return clip.offset > 0 && clip.offset >= get_duration(info);
+}
+
+double SampleCheck::find_duration(Session::Clip const& clip, Info const& info) {
+    if (!info.reason.empty() || is_behind_end(clip, info)) {
+        return 0;
+    }
+    double const speed = std::exp2(clip.pitch / 12);
+    return std::min(clip.length, (get_duration(info) - clip.offset) / speed);
 }
 
 void SampleCheck::report(Session const& session, std::vector<Info> const& info_arr,

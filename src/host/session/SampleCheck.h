@@ -30,6 +30,9 @@ public:
     // Whether a clip's offset lies behind the end of its sample, which can be used.
     static bool is_behind_end(Session::Clip const& clip, Info const& info);
 
+    // How long a clip sounds, in s of the session's time; 0 if its sample cannot be used.
+    static double find_duration(Session::Clip const& clip, Info const& info);
+
     // Tells of the samples that cannot be used, each at the place that asks for it first, and of
     // the clips that begin behind the end of theirs. info_arr: from look ().
     static void report(Session const& session, std::vector<Info> const& info_arr,
