@@ -103,6 +103,7 @@ public:
         std::set<long> const* loaded_ptr = nullptr;
         float rate = 1;
         double play = 0;
+        long long asked = 0, ahead = 0; // of the cache
         std::vector<Doubles> audio;
         bool read = false, mixed = false;
     };
@@ -189,6 +190,8 @@ public:
     Mgr vol{0.005};
     std::vector<Pin> pins;
     std::vector<Voice> voices = std::vector<Voice>(64);
+    bool info_flag = true;                   // the host tells of samples
+    std::vector<CacheProbe::Call> call_list; // of the cache, grows
     long len = 0;
 
 private:
@@ -225,6 +228,21 @@ private:
         if (!v.rest || (v.released && v.fade_left <= 0)) {
             v.active = false;
         }
+        if (v.active && v.started) {
+            look_ahead(v);
+        }
+    }
+    void look_ahead(Voice& v) {
+        long long const target = static_cast<long long>(std::floor(v.play + 0.5)) + v.ahead;
+        if (target < v.asked + 4096) {
+            return;
+        }
+        long long const rest = v.spl_ptr->get_len() - v.asked;
+        if (rest > 0) {
+            call_list.push_back({'p', v.spl_ptr->cache_id, v.asked,
+                                 static_cast<long>(std::min(rest, target - v.asked))});
+        }
+        v.asked = target;
     }
     Pin& pin_of(Voice const& v) { return pins[static_cast<std::size_t>(std::floor(v.out + 0.5))]; }
 
@@ -280,7 +298,8 @@ private:
     bool start(Voice& v) {
         double const pin = std::floor(v.out + 0.5);
         auto const it = store.map.find(static_cast<long long>(std::floor(v.spl + 0.5)));
-        if (pin < 0 || pin >= static_cast<double>(pins.size()) || it == store.map.end()) {
+        if (pin < 0 || pin >= static_cast<double>(pins.size()) || it == store.map.end() ||
+            !info_flag) {
             return false;
         }
         TapeSample const& spl = it->second;
@@ -292,6 +311,9 @@ private:
         v.play = v.pos * spl.freq;
         v.rate =
             static_cast<float>(std::exp(v.pitch * 0.057762265046662105) * spl.freq / sample_freq);
+        v.asked = static_cast<long long>(std::floor(v.play));
+        v.ahead = static_cast<long long>(static_cast<double>(v.rate) * spl.freq) + 4096;
+        look_ahead(v);
         return true;
     }
     void read(Voice& v, long from) {
@@ -304,6 +326,9 @@ private:
             std::floor(p + static_cast<double>(static_cast<float>(len - from - 1) * v.rate)));
         long const beg = std::max(first, 0L);
         long const end = beg + std::min(last - first + 2, spl.get_len() - beg);
+        if (end > beg) {
+            call_list.push_back({'g', spl.cache_id, beg, end - beg});
+        }
         long const block = cell_len / spl.nbr_chn;
         auto const get = [&](long f, int c) -> double {
             bool const there = f >= beg && f < end && v.loaded_ptr->count(f / block) != 0;
@@ -395,7 +420,7 @@ private:
                     double const g =
                         g0 + (g1 - g0) * static_cast<double>(i) / static_cast<double>(n);
                     pin.mix[static_cast<std::size_t>(d)][at] += src * g;
-                    pin.mag[static_cast<std::size_t>(d)][at] += std::fabs(src) * big + big * 1e-3;
+                    pin.mag[static_cast<std::size_t>(d)][at] += (std::fabs(src) + 0.02) * big;
                 }
             }
         }
