@@ -4,9 +4,24 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 namespace test {
+
+// Blocks of a sample that are in the cache.
+class LoadedBlocks {
+public:
+    void set(long block) {
+        _flag_arr.resize(std::max(_flag_arr.size(), static_cast<std::size_t>(block) + 1));
+        _flag_arr[static_cast<std::size_t>(block)] = 1;
+    }
+    bool is_set(long block) const {
+        auto const at = static_cast<std::size_t>(block);
+        return at < _flag_arr.size() && _flag_arr[at] != 0;
+    }
+
+private:
+    std::vector<char> _flag_arr;
+};
 
 // Tape told frame by frame, without any of its code. Sums are doubles; positions, fades and rates
 // have the precision that the plug-in promises. Beside each output frame stands the sum of the
@@ -100,7 +115,7 @@ public:
         long fade_left = 0;
         // Reader.
         TapeSample const* spl_ptr = nullptr;
-        std::set<long> const* loaded_ptr = nullptr;
+        LoadedBlocks const* loaded_ptr = nullptr;
         float rate = 1;
         double play = 0;
         long long asked = 0, ahead = 0; // of the cache
@@ -184,8 +199,8 @@ public:
 
     static constexpr double default_norm = 0.51026862859725952;
     SampleStore& store;
-    long cell_len;                              // floats
-    std::map<long long, std::set<long>> loaded; // blocks
+    long cell_len; // floats
+    std::map<long long, LoadedBlocks> loaded;
     double sample_freq = 44100;
     Mgr vol{0.005};
     std::vector<Pin> pins;
@@ -330,9 +345,10 @@ private:
             call_list.push_back({'g', spl.cache_id, beg, end - beg});
         }
         long const block = cell_len / spl.nbr_chn;
-        auto const get = [&](long f, int c) -> double {
-            bool const there = f >= beg && f < end && v.loaded_ptr->count(f / block) != 0;
-            return there ? static_cast<double>(spl.get(f, c)) : 0.0;
+        // Frames of the range; null for one that is not there.
+        auto const find = [&](long f) -> float const* {
+            bool const there = f >= beg && f < end && v.loaded_ptr->is_set(f / block);
+            return there ? spl.data.data() + f * spl.nbr_chn : nullptr;
         };
         auto const step = static_cast<unsigned long>(
             std::floor(static_cast<double>(v.rate) * 4294967296.0 + 0.5));
@@ -340,10 +356,13 @@ private:
             static_cast<unsigned long>(std::floor((p - static_cast<double>(first)) * 4294967296.0));
         for (long i = from; i < len; ++i, raw += step) {
             long const f = first + static_cast<long>(raw >> 32);
+            float const* const a = find(f);
+            float const* const b = find(f + 1);
             double const frac = static_cast<double>(raw & 0xFFFFFFFF) / 4294967296.0;
             for (int c = 0; c < spl.nbr_chn; ++c) {
                 v.audio[static_cast<std::size_t>(c)][static_cast<std::size_t>(i)] =
-                    get(f, c) * (1 - frac) + get(f + 1, c) * frac;
+                    (a != nullptr ? static_cast<double>(a[c]) : 0) * (1 - frac) +
+                    (b != nullptr ? static_cast<double>(b[c]) : 0) * frac;
             }
         }
     }
@@ -414,13 +433,16 @@ private:
                 double const g0 = route(v.spl_ptr->nbr_chn, pin.nbr_chn, s, d, beg);
                 double const g1 = route(v.spl_ptr->nbr_chn, pin.nbr_chn, s, d, end);
                 double const big = std::max(std::fabs(g0), std::fabs(g1));
+                if (big == 0) {
+                    continue;
+                }
+                double const* const src = v.audio[static_cast<std::size_t>(s)].data() + from;
+                double* const sum = pin.mix[static_cast<std::size_t>(d)].data() + from;
+                double* const mag = pin.mag[static_cast<std::size_t>(d)].data() + from;
+                double const step = (g1 - g0) / static_cast<double>(n);
                 for (long i = 0; i < n; ++i) {
-                    auto const at = static_cast<std::size_t>(from + i);
-                    double const src = v.audio[static_cast<std::size_t>(s)][at];
-                    double const g =
-                        g0 + (g1 - g0) * static_cast<double>(i) / static_cast<double>(n);
-                    pin.mix[static_cast<std::size_t>(d)][at] += src * g;
-                    pin.mag[static_cast<std::size_t>(d)][at] += (std::fabs(src) + 0.02) * big;
+                    sum[i] += src[i] * (g0 + step * static_cast<double>(i));
+                    mag[i] += (std::fabs(src[i]) + 0.02) * big;
                 }
             }
         }

@@ -81,7 +81,7 @@ private:
         for (long b = 0; b * block < spl.get_len(); ++b) {
             if (pick(0, 5) != 0) {
                 _store.load_range(id, b * block, 1);
-                _model.loaded[id].insert(b);
+                _model.loaded[id].set(b);
             }
         }
     }
@@ -289,7 +289,7 @@ TEST(TapeChainTest, StereoFilePlaysFromDisk) {
     store.add(1, spl);
     TapeModel model(store, 16384);
     for (long b = 0; b < 20; ++b) {
-        model.loaded[1].insert(b);
+        model.loaded[1].set(b);
     }
     test::BundleInstance bundle;
     TapeRig rig(store, [&bundle](ulk::pibase::BidirComPoint& com) {

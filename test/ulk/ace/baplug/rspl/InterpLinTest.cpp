@@ -84,11 +84,11 @@ private:
     }
     // Sound, with some of the largest, smallest and denormal values; sums stay finite.
     float make_val() {
-        if (pick(0, 7) != 0) {
-            return std::uniform_real_distribution<float>(-1, 1)(_rng);
+        if (_rng() % 8 != 0) {
+            return static_cast<float>(static_cast<int>(_rng() >> 40)) * 0x1p-23f - 1;
         }
         float const edge_arr[] = {0, -0.0f, 1e-45f, -1e-38f, 1e38f, -1e38f};
-        return edge_arr[pick(0, 5)];
+        return edge_arr[_rng() % 6];
     }
 
     std::mt19937_64& _rng;

@@ -1,4 +1,4 @@
-#include "../TapeRig.h"
+#include "../TapeModel.h"
 
 #include "ulk/ace/baplug/rspl/ResamplerCst.h"
 #include "ulk/dsp/BasicMixing.h"
@@ -10,12 +10,12 @@
 #include <cstring>
 #include <limits>
 #include <random>
-#include <set>
 
 #include <sys/stat.h>
 
 using test::CacheProbe;
 using test::Floats;
+using test::LoadedBlocks;
 using test::SampleStore;
 using test::TapeSample;
 using ulk::ace::baplug::rspl::ResamplerCst;
@@ -34,7 +34,7 @@ float mix(float a, float b, unsigned long pos) {
 // is full. Ratios that a window cannot serve are read frame by frame.
 class PlainReader {
 public:
-    PlainReader(TapeSample const& spl, std::set<long> const& loaded, float rate, double pos)
+    PlainReader(TapeSample const& spl, LoadedBlocks const& loaded, float rate, double pos)
         : play_pos(pos)
         , _spl(spl)
         , _loaded(loaded)
@@ -85,7 +85,7 @@ private:
     float get(long frame, int chn) const {
         long const f = _first + frame;
         bool const there = f >= _from && f < _from + _get_len && frame < _len &&
-                           _loaded.count(f / (cell_len / _spl.nbr_chn)) != 0;
+                           _loaded.is_set(f / (cell_len / _spl.nbr_chn));
         return there ? _spl.get(f, chn) : 0;
     }
     void core(std::vector<Floats>& dest, long o, long n) {
@@ -128,7 +128,7 @@ private:
     }
 
     TapeSample const& _spl;
-    std::set<long> const& _loaded; // blocks
+    LoadedBlocks const& _loaded;
     float _rate;
     unsigned long _step;
     long _line_len = 0;
@@ -163,7 +163,7 @@ protected:
         for (long b = 0; b * block < spl.get_len(); ++b) {
             if (pick(0, 4) != 0) {
                 store.load_range(1, b * block, 1);
-                loaded.insert(b);
+                loaded.set(b);
             }
         }
     }
@@ -226,7 +226,7 @@ protected:
 
     std::mt19937_64 _rng{static_cast<unsigned long>(GetParam())};
     SampleStore store{cell_len, 64};
-    std::set<long> loaded; // blocks
+    LoadedBlocks loaded;
 };
 
 } // namespace
