@@ -94,10 +94,15 @@ public:
     }
 
     void add(long long id, TapeSample spl) {
-        std::string const name = _dir.make_name("s" + std::to_string(id) + ".wav");
-        save(name, spl);
+        std::string const name = write_file(id, spl);
         ASSERT_EQ(0, cache.open_file(spl.cache_id, name.c_str(), false));
         map[id] = spl;
+    }
+    // A file that the cache does not know yet; its name.
+    std::string write_file(long long id, TapeSample const& spl) const {
+        std::string name = _dir.make_name("s" + std::to_string(id) + ".wav");
+        save(name, spl);
+        return name;
     }
     // Brings requested cells in.
     void load() {
