@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace ulk::ace;
 using Cmd = kryn::PluginDsp::CmdPlug;
 using Counts = std::vector<long>;
@@ -134,6 +136,59 @@ TEST_F(TapePinTest, UnreachableCacheSilencesTheBlock) {
     EXPECT_EQ(
         (std::vector<std::string>{"E do_prefetch_sample_data(): Error, function not implemented."}),
         log.take());
+
+    rig.cache_ret = 0;
+    rig.cache_flag = false; // says yes and gives none
+    rig.note(0, 6, 1);
+    rig.param(0, 1, 0, 1);
+    rig.state = {0};
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ(2, rig.state[0]);
+    EXPECT_EQ((std::vector<std::string>{"E do_prefetch_sample_data(): Returned special code "
+                                        "-14498 (\"Not found\")."}),
+              log.take());
+}
+
+TEST_F(TapePinTest, UnreachableCacheSilencesNotesThatPlay) {
+    store.add(1, {1, 44100, test::Floats(900, 0.5f), 0});
+    store.load_range(1, 0, 900);
+    EXPECT_EQ(0, rig.set_conf({1, 1}, true));
+    EXPECT_EQ(0, rig.set_block_len(64));
+    rig.init_settled();
+    rig.note(0, 6, 1);
+    rig.param(0, 1, 0, 1);
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ(0.5f + 77.0f, rig.out[0][0][1]);
+    rig.guard_flag = false;
+    rig.cache_ret = -2;
+    rig.note(0, 6, 2); // asks for the cache, when the other one has been mixed already
+    rig.param(0, 2, 0, 1);
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ((Counts{0, 0}), rig.state); // the input passes through
+    EXPECT_EQ(77.0f, rig.out[1][0][1]);
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ(77.0f, rig.out[0][0][1]);
+}
+
+TEST_F(TapePinTest, BlockLengthThatCannotBeHadIsRefused) {
+    store.add(1, {1, 44100, test::Floats(900, 0.5f), 0});
+    store.load_range(1, 0, 900);
+    EXPECT_EQ(0, rig.set_block_len(64));
+    rig.init_settled();
+    for (long const len : {std::numeric_limits<long>::max(), 1L << 40}) {
+        EXPECT_NE(0, rig.set_block_len(len));
+        EXPECT_NE(0, rig.set_conf({16}, false));
+        rig.state = {0};
+        EXPECT_EQ(0, rig.process(64));
+        EXPECT_EQ(2, rig.state[0]);
+    }
+    rig.chn_arr = {16};
+    EXPECT_EQ(0, rig.set_block_len(64));
+    rig.note(0, 6, 1);
+    rig.param(0, 1, 0, 1);
+    rig.state = {0};
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ(0.5f, rig.out[0][15][63]);
 }
 
 TEST_F(TapePinTest, TellsItsParameters) {

@@ -280,6 +280,8 @@ public:
     bool guard_flag = true;  // off where the test's own log function allocates
     int info_ret = 0;
     int cache_ret = 0;
+    bool cache_flag = true;  // there is one
+    long long asked_id = -1; // of the last sample asked for
 
 private:
     void prepare(std::vector<std::vector<Floats>>& port, long nbr_spl) {
@@ -296,13 +298,14 @@ private:
         using namespace ulk::ace::baplug;
         auto& rig = *static_cast<TapeRig*>(com->host_data);
         if (cmd == CMD_VENDOR_USE_CACHE) {
-            static_cast<UseCache*>(data)->cache_ptr = &rig.store.probe;
+            static_cast<UseCache*>(data)->cache_ptr = rig.cache_flag ? &rig.store.probe : nullptr;
             return rig.cache_ret;
         }
         if (cmd != CMD_VENDOR_GET_SAMPLE_INFO) {
             return -1;
         }
         auto& info = *static_cast<SampleInfo*>(data);
+        rig.asked_id = info.sample_id;
         auto const it = rig.store.map.find(info.sample_id);
         if (it == rig.store.map.end()) {
             return -14498;

@@ -250,3 +250,156 @@ TEST_F(TapeTest, FailuresAreLoggedAndSilent) {
                       std::to_string(id) + "), start = 0, len = 65"}),
               log.take());
 }
+
+// Nothing takes the release back: the note plays to the block's end and no further.
+TEST_F(TapeTest, ReleaseBeforeTheNoteInItsBlockEndsIt) {
+    for (int const type : {OFF, ALL_OFF}) {
+        rig.note(0, type, 7);
+        rig.note(10, ON, 7);
+        rig.param(10, 7, ID, 1);
+        rig.state = {0};
+        ASSERT_EQ(0, rig.process(64));
+        EXPECT_EQ(0, rig.state[0]);
+        EXPECT_EQ(take_ramp(1, 0, -11, 64), take(0, 0, 64)); // no fade
+        rig.state = {0};
+        ASSERT_EQ(0, rig.process(64));
+        EXPECT_EQ(2, rig.state[0]);
+    }
+}
+
+// A note's end stops the voice's walk over the block's events, and does nothing else.
+TEST_F(TapeTest, NoteEndStopsTheWalk) {
+    rig.note(0, ON, 7);
+    rig.param(0, 7, ID, 1);
+    rig.note(10, END, 7);
+    rig.param(20, 7, VOL, 0);
+    rig.note(20, OFF, 7);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(512));
+    EXPECT_EQ(take_ramp(1, 0, -1, 512), take(0, 0, 512));
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(take_ramp(1, 0, 511, 64), take(0, 0, 64));
+    // Before the note in one block, it keeps it from starting; the voice waits for another one.
+    ASSERT_EQ(0, rig.send(TapeRig::Cmd::DEACTIVATE));
+    rig.note(0, END, 7);
+    rig.note(10, ON, 7);
+    rig.param(10, 7, ID, 1);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(2, rig.state[0]);
+    rig.param(0, 7, ID, 1);
+    rig.note(0, ON, 7);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64)); // it, and the voice that this note takes
+    EXPECT_EQ(2 * store.map[1].get(20, 0), rig.out[0][0][21]);
+}
+
+TEST_F(TapeTest, TwoNotesOfOneIdStartAtTheFirstStamp) {
+    rig.note(5, ON, 7);
+    rig.param(5, 7, ID, 1);
+    rig.note(5, ON, 7);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(2 * store.map[1].get(20, 0), rig.out[0][0][26]);
+}
+
+TEST_F(TapeTest, NoteOnOfAPlayingIdRestartsItAndStartsAnother) {
+    rig.guard_flag = false;
+    rig.note(0, ON, 7);
+    rig.param(0, 7, ID, 1);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    rig.note(10, ON, 7);
+    rig.param(10, 7, ID, 2); // for the new voice alone
+    rig.param(10, 7, PAN, 0);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    // What was read stays until the block's end.
+    EXPECT_EQ(store.map[1].get(83, 0) + store.map[2].get(9, 0), rig.out[0][0][20]);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(store.map[1].get(19, 0) + store.map[2].get(73, 0), rig.out[0][0][20]);
+}
+
+TEST_F(TapeTest, RestartThatFailsPlaysToTheBlocksEnd) {
+    rig.guard_flag = false;
+    rig.note(0, ON, 7);
+    rig.param(0, 7, ID, 1);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    rig.info_ret = -2;
+    rig.note(10, ON, 7);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(take_ramp(1, 0, 63, 64), take(0, 0, 64));
+    rig.info_ret = 0;
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(2, rig.state[0]);
+}
+
+TEST_F(TapeTest, SampleThatCannotBePlayedIsAsOneUnknown) {
+    rig.guard_flag = false;
+    auto const play = [this] {
+        rig.note(0, ON, 7);
+        rig.param(0, 7, ID, 1);
+        rig.state = {0};
+        EXPECT_EQ(0, rig.process(64));
+        return rig.state[0];
+    };
+    TapeSample const whole = store.map[1];
+    store.map[1].nbr_chn = 17;
+    EXPECT_EQ(2, play());
+    store.map[1].nbr_chn = -1;
+    EXPECT_EQ(2, play());
+    store.map[1] = whole;
+    for (double const freq : {0.0, -44100.0, std::nan("")}) {
+        log.take();
+        store.map[1].freq = freq;
+        EXPECT_EQ(2, play());
+        EXPECT_EQ((std::vector<std::string>{
+                      "E handle_accumulated_note_events(): Cannot retrieve sample information "
+                      "(KRYN id 1)"}),
+                  log.take());
+    }
+    store.map[1].freq = 44100;
+    store.map[1].data.clear();
+    EXPECT_EQ(2, play()); // nothing to play
+}
+
+TEST_F(TapeTest, AnyIdReachesTheHost) {
+    rig.guard_flag = false;
+    for (double const id : {281474976710655.0, 0x1p53, -3.0, 0x1p61}) {
+        rig.note(0, ON, 7);
+        rig.param(0, 7, ID, id);
+        rig.state = {0};
+        ASSERT_EQ(0, rig.process(64));
+        EXPECT_EQ(static_cast<long long>(id), rig.asked_id);
+    }
+    for (double const id : {1e300, -1e300, std::nan("")}) { // no crash
+        rig.note(0, ON, 7);
+        rig.param(0, 7, ID, id);
+        rig.state = {0};
+        ASSERT_EQ(0, rig.process(64));
+        EXPECT_EQ(2, rig.state[0]);
+    }
+}
+
+// It is kept for the host to read, and moves by events alone.
+TEST_F(TapeTest, MasterPitchShiftDoesNotSound) {
+    auto const get = [this] {
+        TapeRig::Cmd::GetParamVal rec = {{kryn::ParamScope_GLOBAL, 0, 1}, -9};
+        EXPECT_EQ(0, rig.send(TapeRig::Cmd::GET_PARAM_VAL, &rec));
+        return rec.val;
+    };
+    rig.note(0, ON, 7);
+    rig.param(0, 7, ID, 1);
+    rig.master(0, 1, 12, 32, 6);
+    rig.state = {0};
+    ASSERT_EQ(0, rig.process(64));
+    EXPECT_EQ(take_ramp(1, 0, -1, 64), take(0, 0, 64));
+    EXPECT_EQ(0, get()); // the smoothing after the jump never moves on
+    ASSERT_EQ(0, rig.send(TapeRig::Cmd::CLEAR_BUFFERS));
+    EXPECT_EQ(12, get());
+}

@@ -377,8 +377,11 @@ int Tape::do_get_sample_info(long long sample_id, long& cache_id, long long& len
 // The name in the log is not this function's; readers of logs know it.
 sacc::SplCacheRtInterface& Tape::do_use_cache() {
     UseCache info = {};
-    int const ret =
-        send_cmd_to_host(CMD_VENDOR_USE_CACHE, &info, false, "do_prefetch_sample_data", true);
+    char const* const fnc_name = "do_prefetch_sample_data";
+    int const ret = send_cmd_to_host(CMD_VENDOR_USE_CACHE, &info, false, fnc_name, true);
+    if (ret == Err_OK && info.cache_ptr == nullptr) {
+        dump_error(Err_NOT_FOUND, fnc_name, true);
+    }
     if (ret != Err_OK || info.cache_ptr == nullptr) {
         throw std::runtime_error(
             "ulk::ace::baplug::Tape::do_use_cache(): Cannot access to sample cache.");

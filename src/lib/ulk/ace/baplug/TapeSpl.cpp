@@ -134,7 +134,7 @@ void TapeSpl::handle_param_begin(Dsp::EventParam const& evt) {
     double const val = evt.val_end;
     switch (evt.location.index) {
     case Param_ID:
-        _spl_id = conv_to_int(val, -reach_max, reach_max);
+        _spl_id = conv_to_int(val, -0x1p62, 0x1p62);
         break;
     case Param_POS:
         _pos = val;
