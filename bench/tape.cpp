@@ -1,7 +1,8 @@
 // What a voice of the tape plug-in costs: "ns" is the time of an output frame of one voice, with a
 // warm cache. Rows "read_..." are the reader alone, beside libsamplerate's linear interpolation and
 // a plain loop over memory, both from interleaved frames; rows "voice_..." are 64 voices through
-// PROCESS, mixed to a stereo pin. Arguments are block lengths.
+// PROCESS, mixed to a stereo pin, beside FluidSynth's, of which a stereo sample takes two.
+// Arguments are block lengths. "voices" is how many of them one core plays in real time.
 
 #include "ulk/ace/baplug/Tape.h"
 #include "ulk/ace/baplug/rspl/ResamplerCst.h"
@@ -17,7 +18,11 @@
 #ifdef HAS_RIVALS
 #include <samplerate.h>
 #endif
+#ifdef HAS_FLUIDSYNTH
+#include "FluidVoices.h"
+#endif
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -254,13 +259,46 @@ private:
     bool _playing_flag = false;
 };
 
+constexpr int nbr_voices = 64;
+
+// Times are those of an output frame of one voice.
+void tell_voices(benchmark::State& state) {
+    double const nbr_frames = static_cast<double>(state.range(0));
+    tell(state, nbr_frames * nbr_voices);
+    state.counters["voices"] = benchmark::Counter(nbr_voices * nbr_frames / freq,
+                                                  benchmark::Counter::kIsIterationInvariantRate);
+}
+
 void voice(benchmark::State& state, int nbr_chn, double rate, bool ramp_flag) {
     Host host(use_store(nbr_chn), state.range(0), 12 * std::log2(rate));
     for (auto _ : state) {
         host.process(ramp_flag);
     }
-    tell(state, static_cast<double>(state.range(0)) * 64);
+    tell_voices(state);
 }
+
+#ifdef HAS_FLUIDSYNTH
+void voice_fluidsynth(benchmark::State& state, int nbr_chn, double rate) {
+    Store const& store = use_store(1);
+    std::vector<short> data;
+    for (float const val : store.data) {
+        data.push_back(static_cast<short>(val * 32767));
+    }
+    bench::FluidVoices voices(std::move(data), nbr_voices * nbr_chn, rate,
+                              nbr_chn == 1 ? std::vector<double>{0} : std::vector<double>{-1, 1});
+    std::vector<float> buf(static_cast<std::size_t>(state.range(0) * 2));
+    for (auto _ : state) {
+        voices.process(buf.data(), buf.data() + state.range(0), state.range(0));
+        benchmark::DoNotOptimize(buf.data());
+    }
+    bool const sound_flag =
+        std::any_of(buf.begin(), buf.end(), [](float val) { return std::fabs(val) > 0.001f; });
+    if (voices.get_nbr_voices() != nbr_voices * nbr_chn || !sound_flag) {
+        state.SkipWithError("not all voices sound");
+    }
+    tell_voices(state);
+}
+#endif
 
 using Fnc = void (*)(benchmark::State& state, int nbr_chn, double rate);
 
@@ -293,6 +331,9 @@ bool register_all() {
                 name + "/tessitone",
                 [](benchmark::State& s, int n, double r) { voice(s, n, r, false); }, nbr_chn,
                 ratio.val);
+#ifdef HAS_FLUIDSYNTH
+            add(name + "/fluidsynth", voice_fluidsynth, nbr_chn, ratio.val);
+#endif
             add(
                 name + "_ramp/tessitone",
                 [](benchmark::State& s, int n, double r) { voice(s, n, r, true); }, nbr_chn,
