@@ -1,5 +1,6 @@
 #include "TapeRig.h"
 
+#include "support/AllocFault.h"
 #include "support/LogCatcher.h"
 #include "ulk/ace/Err.h"
 
@@ -170,25 +171,54 @@ TEST_F(TapePinTest, UnreachableCacheSilencesNotesThatPlay) {
     EXPECT_EQ(77.0f, rig.out[0][0][1]);
 }
 
-TEST_F(TapePinTest, BlockLengthThatCannotBeHadIsRefused) {
+// What fails leaves pins and memory as they were.
+TEST_F(TapePinTest, MemoryThatCannotBeHadChangesNothing) {
     store.add(1, {1, 44100, test::Floats(900, 0.5f), 0});
     store.load_range(1, 0, 900);
     EXPECT_EQ(0, rig.set_block_len(64));
     rig.init_settled();
-    for (long const len : {std::numeric_limits<long>::max(), 1L << 40}) {
-        EXPECT_NE(0, rig.set_block_len(len));
-        EXPECT_NE(0, rig.set_conf({16}, false));
+    auto const expect_sound = [this] {
+        rig.note(0, 6, 1);
+        rig.param(0, 1, 0, 1);
         rig.state = {0};
         EXPECT_EQ(0, rig.process(64));
-        EXPECT_EQ(2, rig.state[0]);
+        EXPECT_EQ(0, rig.state[0]);
+        EXPECT_EQ(0.5f, rig.out[0].back()[63]);
+        EXPECT_EQ(77.0f, rig.out[0].back()[64]);
+        EXPECT_EQ(0, get(4));
+        EXPECT_EQ(rig.chn_arr[0], chn_out[0]);
+    };
+    for (long const len : {std::numeric_limits<long>::max(), 1L << 40}) {
+        EXPECT_NE(0, rig.set_block_len(len));
+        expect_sound();
     }
-    rig.chn_arr = {16};
-    EXPECT_EQ(0, rig.set_block_len(64));
-    rig.note(0, 6, 1);
-    rig.param(0, 1, 0, 1);
-    rig.state = {0};
-    EXPECT_EQ(0, rig.process(64));
-    EXPECT_EQ(0.5f, rig.out[0][15][63]);
+    bool fail_flag = true;
+    for (long n = 0; fail_flag; ++n) {
+        int ret = 0;
+        {
+            Counts chn_list = {16};
+            Cmd::SetPinConf rec = {};
+            rec.conf.audio = {{{0, 0, nullptr}, {1, 1, chn_list.data()}}};
+            test::AllocFault fault(n);
+            ret = rig.send(Cmd::SET_PIN_CONF, &rec);
+            fail_flag = fault.has_failed();
+        }
+        EXPECT_EQ(fail_flag, ret != 0) << n;
+        rig.chn_arr = {fail_flag ? 2 : 16};
+        expect_sound();
+    }
+    fail_flag = true;
+    for (long n = 0; fail_flag; ++n) {
+        Cmd::SetProcessBlockLen rec = {0, 4096};
+        int ret = 0;
+        {
+            test::AllocFault fault(n);
+            ret = rig.send(Cmd::SET_PROCESS_BLOCK_LEN, &rec);
+            fail_flag = fault.has_failed();
+        }
+        EXPECT_EQ(fail_flag, ret != 0) << n;
+        expect_sound();
+    }
 }
 
 TEST_F(TapePinTest, TellsItsParameters) {

@@ -18,6 +18,7 @@
 #include "ulk/udbg/log.h"
 
 #include <algorithm>
+#include <numeric>
 #include <stdexcept>
 
 namespace ulk::ace::baplug {
@@ -139,8 +140,13 @@ int Tape::deactivate() {
 // Voices know the working memory, which moves.
 int Tape::set_process_block_len(CmdPlug::SetProcessBlockLen const& cmd) {
     force_voices_off();
+    long nbr_chn = 0;
+    for (TapePinInfo const& pin : _pin_arr) {
+        nbr_chn += pin._buf.get_nbr_chn();
+    }
+    TmpMem mem = make_tmp_mem(cmd.max_block_len, nbr_chn);
     _block_len = cmd.max_block_len;
-    return update_tmp_buf();
+    return update_tmp_buf(mem);
 }
 
 int Tape::set_sample_freq(CmdPlug::SetSampleFreq const& cmd) {
@@ -195,12 +201,15 @@ int Tape::set_pin_conf(CmdPlug::SetPinConf const& cmd) {
     if (!ok_flag) {
         return Err_INVALID_PIN_CONF;
     }
+    // All memory comes first: a failure leaves the pins as they were.
+    auto const& chn_list = _out_conf._chn_vect;
+    TmpMem mem = make_tmp_mem(_block_len, std::accumulate(chn_list.begin(), chn_list.end(), 0L));
     int const ret = update_pins_out();
     if (ret != Err_OK) {
         return ret;
     }
     _in_flag = cmd.conf.audio.port_arr[kryn::PinDir_IN].nbr_pins > 0;
-    return update_tmp_buf();
+    return update_tmp_buf(mem);
 }
 
 int Tape::get_param_val(CmdPlug::GetParamVal& cmd) const {
@@ -276,29 +285,33 @@ int Tape::update_pins_out() {
     return Err_OK;
 }
 
-int Tape::update_tmp_buf() {
+// Empty before the host has told a block length. nbr_chn: of all pins.
+Tape::TmpMem Tape::make_tmp_mem(long block_len, long nbr_chn) {
+    TmpMem mem;
+    if (block_len <= 0) {
+        return mem;
+    }
+    if (block_len > block_len_max) {
+        throw std::length_error("ulk::ace::baplug::Tape::make_tmp_mem(): Block too long.");
+    }
+    mem.stride = round_down_to_quad(2 * block_len + 3); // with room for oversampling by 2
+    long const chn_max = std::max(nbr_chn, static_cast<long>(TapeSpl::_nbr_chn_max));
+    mem.len_arr = {round_down_to_quad(TapeSpl::get_resampler_buf_len() + 3),
+                   std::max(mem.stride * chn_max, 4096L), mem.stride * nbr_chn};
+    mem.buf.resize(static_cast<std::size_t>(mem.len_arr[0] + mem.len_arr[1] + mem.len_arr[2]));
+    return mem;
+}
+
+int Tape::update_tmp_buf(TmpMem& mem) {
     if (_block_len <= 0) {
         return Err_OK;
     }
-    if (_block_len > block_len_max) {
-        throw std::length_error("ulk::ace::baplug::Tape::update_tmp_buf(): Block too long.");
-    }
-    long nbr_chn = 0;
-    for (TapePinInfo const& pin : _pin_arr) {
-        nbr_chn += pin._buf.get_nbr_chn();
-    }
-    long const stride = round_down_to_quad(2 * _block_len + 3); // with room for oversampling by 2
-    long const chn_max = std::max(nbr_chn, static_cast<long>(TapeSpl::_nbr_chn_max));
-    mem::Array<long, BufType_NBR_ELT> const len_arr = {
-        round_down_to_quad(TapeSpl::get_resampler_buf_len() + 3), std::max(stride * chn_max, 4096L),
-        stride * nbr_chn};
-
-    _tmp_buf.resize(static_cast<std::size_t>(len_arr[0] + len_arr[1] + len_arr[2]));
-    _chn_stride = stride;
+    _tmp_buf.swap(mem.buf);
+    _chn_stride = mem.stride;
     float* ptr = _tmp_buf.data();
     for (int type = 0; type < BufType_NBR_ELT; ++type) {
-        _tmp_buf_info[type] = {ptr, len_arr[type]};
-        ptr += len_arr[type];
+        _tmp_buf_info[type] = {ptr, mem.len_arr[type]};
+        ptr += mem.len_arr[type];
     }
     assign_mix_buffers();
     return Err_OK;

@@ -62,6 +62,13 @@ private:
         Dsp::AudioConfPort _port = {0, 0, nullptr}; // its array is _chn_vect
     };
 
+    // All working memory, before the voices and pins get it.
+    struct TmpMem {
+        std::vector<float> buf;
+        long stride = 0;                           // between two channels, in floats
+        mem::Array<long, BufType_NBR_ELT> len_arr; // of the areas, in floats
+    };
+
     static void init_audio_conf_port(AudioConfSingle& conf, int nbr_pins, int nbr_chn);
     void init_pin_confs();
     void init_params();
@@ -92,7 +99,8 @@ private:
     static bool check_audio_config(Dsp::AudioConf const& conf);
     prout::ParamDescList const* access_param(kryn::ParamLocation const& location) const;
     int update_pins_out();
-    int update_tmp_buf();
+    static TmpMem make_tmp_mem(long block_len, long nbr_chn);
+    int update_tmp_buf(TmpMem& mem);
     void assign_mix_buffers();
 
     int send_cmd_to_host(int cmd, void* data, bool opt_flag, char const* fnc_name, bool rt_flag);
