@@ -92,8 +92,9 @@ public:
     static constexpr long _default_cell_len = 16384;
 
     // For the iterators. All real-time.
-    void signal_cell_read(long index);
-    bool copy_cell_if_full(SplCacheCell& cell, long index) const;
+    sys::Mutex const& use_mutex_read() const { return _mutex_read; } // for the next two
+    void signal_cell_read_no_lock(long index);
+    bool copy_cell_if_full_no_lock(SplCacheCell& cell, long index) const;
     SplCacheCell* update_or_reserve_rec_cell(SplCacheFileDesc& desc, long block_index,
                                              archi::Int64 end_pos, long& nbr_added);
 

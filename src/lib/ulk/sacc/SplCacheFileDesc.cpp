@@ -27,7 +27,10 @@ void SplCacheFileDesc::set_as_close() {
 void SplCacheFileDesc::compute_block_covering(long& first, long& count, archi::Int64 pos,
                                               long len) const {
     first = static_cast<long>(pos / _block_frame_len);
-    count = static_cast<long>((pos + len - 1) / _block_frame_len) - first + 1;
+    archi::Int64 const end_in_block = pos % _block_frame_len + len;
+    // Nearly always within a block, which spares a division.
+    bool const one_flag = end_in_block > 0 && end_in_block <= _block_frame_len && pos >= 0;
+    count = one_flag ? 1 : static_cast<long>((pos + len - 1) / _block_frame_len) - first + 1;
 }
 
 void SplCacheFileDesc::compute_block_covering_clamped(long& first, long& count, archi::Int64 pos,

@@ -80,14 +80,12 @@ int SplCache::do_push_data(SplCacheFileId file_id, long len, SplCacheIteratorWri
     return 0;
 }
 
-void SplCache::signal_cell_read(long index) {
-    sys::CritSec crit_read(_mutex_read);
+void SplCache::signal_cell_read_no_lock(long index) {
     use_cell(index).signal_read();
     refresh_cell(index);
 }
 
-bool SplCache::copy_cell_if_full(SplCacheCell& cell, long index) const {
-    sys::CritSec crit_read(_mutex_read);
+bool SplCache::copy_cell_if_full_no_lock(SplCacheCell& cell, long index) const {
     SplCacheCell const& src = use_cell(index);
     if (src.get_status() != SplCacheCell::Status_FULL) {
         return false;

@@ -88,7 +88,7 @@ private:
     void generate_silence_on_dirt();
     void compute_seg_vol(Range& vol, long len);
     void compute_seg_pan(Range& pan, long len);
-    float compute_vol() const;
+    float compute_vol();
     void advance_fade(long len);
     void mix_seg(Range const& vol, Range const& pan, long start, long len);
     void mix_seg_mono_to_stereo(Range const& vol, Range const& pan, long start, long len);
@@ -127,6 +127,8 @@ private:
     long _block_len = 0;          // block in progress, 0 between blocks
     bool _generated_flag = false; // the block has been read from the sample
     bool _mixed_flag = false;     // something was mixed in this block
+    double _law_norm = 0;         // last volume computed: normalised
+    float _law_vol = 0;           // and natural
 };
 
 } // namespace ulk::ace::baplug

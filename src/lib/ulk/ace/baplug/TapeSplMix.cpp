@@ -74,9 +74,13 @@ void TapeSpl::compute_seg_pan(Range& pan, long len) {
     pan[1] = static_cast<float>(_pan.get_val());
 }
 
-float TapeSpl::compute_vol() const {
-    float const shape = _fade_vol * _fade_vol * (3 - 2 * _fade_vol); // smoothstep
-    return static_cast<float>(ParamSplVol::conv_direct_param_norm_to_nat(_vol.get_val())) * shape;
+float TapeSpl::compute_vol() {
+    double const norm = _vol.get_val();
+    if (norm != _law_norm) { // most volumes stand still, and the law is an exponential
+        _law_norm = norm;
+        _law_vol = static_cast<float>(ParamSplVol::conv_direct_param_norm_to_nat(norm));
+    }
+    return _law_vol * (_fade_vol * _fade_vol * (3 - 2 * _fade_vol)); // smoothstep
 }
 
 void TapeSpl::advance_fade(long len) {

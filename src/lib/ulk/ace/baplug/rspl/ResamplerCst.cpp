@@ -9,7 +9,6 @@
 #include "ulk/udbg/log.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace ulk::ace::baplug::rspl {
 
@@ -17,6 +16,23 @@ namespace {
 
 constexpr double one = 4294967296.0;           // fixed-point steps in a frame
 constexpr archi::Int64 run_len_max = 1L << 29; // frames; keeps fixed-point positions in range
+
+// Without the care of std::floor for signed zeros and for what no integer holds.
+archi::Int64 floor_int(double val) {
+    auto const cut = static_cast<archi::Int64>(val);
+    return cut - (static_cast<double>(cut) > val ? 1 : 0);
+}
+
+// Output frames before a position reaches the end of a run, up to nbr_spl. dist: from the position
+// to the end, above 0.
+long count_outputs(archi::Int64 dist, archi::Int64 step, long nbr_spl) {
+    // The most common case spares a division.
+    bool const small_flag = step < (archi::Int64(1) << 40) && nbr_spl < (1L << 20);
+    if (step == 0 || (small_flag && (nbr_spl - 1) * step < dist)) {
+        return nbr_spl;
+    }
+    return std::min(nbr_spl, static_cast<long>((dist + step - 1) / step));
+}
 
 void skip_to_frame(SplFileIteratorCont& range, archi::Int64 frame) {
     while (range.is_rem_elt() && range.get_block_pos() + range.get_block_len() <= frame) {
@@ -32,6 +48,7 @@ void ResamplerCst::configure(sacc::SplCacheRtInterface& cache, int nbr_chn, floa
     _cache_ptr = &cache;
     _nbr_chn = nbr_chn;
     _rate = rate >= 0 ? std::min(rate, max_rate) : 0; // 0 for what is no ratio
+    _step = floor_int(static_cast<double>(_rate) * one + 0.5);
     _cache_id = cache_id;
     _spl_len = spl_len;
     _play_pos = pos;
@@ -65,10 +82,8 @@ bool ResamplerCst::resample_quick(long start, bool gen_flag) {
 // Asks the cache for all frames that the block can touch, in one range.
 void ResamplerCst::resample_quick_gen(long start) {
     double const pos = _play_pos - 1;
-    double const first_dbl = std::floor(pos);
-    auto const first = static_cast<archi::Int64>(first_dbl);
-    auto const last = static_cast<archi::Int64>(
-        std::floor(pos + static_cast<float>(_end_pos - start - 1) * _rate));
+    archi::Int64 const first = floor_int(pos);
+    archi::Int64 const last = floor_int(pos + static_cast<float>(_end_pos - start - 1) * _rate);
     long const len = static_cast<long>(last - first) + 2;
 
     archi::Int64 const from = std::max(first, archi::Int64(0));
@@ -84,14 +99,13 @@ void ResamplerCst::resample_quick_gen(long start) {
         }
     }
     SplFileIteratorCont range(it, first, len);
-    walk_range(range, start, static_cast<archi::UInt32>(std::floor((pos - first_dbl) * one)));
+    walk_range(range, start, static_cast<archi::UInt32>((pos - static_cast<double>(first)) * one));
 }
 
 // Interpolates straight from the cells, as far as a frame and the next one lie in one block. Only
 // the pair at the edge between two blocks goes through the window. frac: of the read position,
 // which starts at the range's first frame.
 void ResamplerCst::walk_range(SplFileIteratorCont& range, long start, archi::UInt32 frac) {
-    auto const step = static_cast<archi::Int64>(std::floor(_rate * static_cast<float>(one) + 0.5));
     archi::Int64 frame = 0; // integer part of the read position, in the range
     for (long dest = start; dest < _end_pos;) {
         skip_to_frame(range, frame);
@@ -101,13 +115,8 @@ void ResamplerCst::walk_range(SplFileIteratorCont& range, long start, archi::UIn
             silent_flag ? run_len_max : range.get_block_pos() + range.get_block_len() - 1 - frame;
         archi::Fixed3232 pos(0, frac);
 
-        // Output frames before the position reaches the end of the run.
         archi::Int64 const run_end = std::clamp<archi::Int64>(rem, 1, run_len_max) << 32;
-        long nbr_spl = _end_pos - dest;
-        if (step > 0) {
-            nbr_spl =
-                std::min(nbr_spl, static_cast<long>((run_end - pos.get_raw() + step - 1) / step));
-        }
+        long const nbr_spl = count_outputs(run_end - pos.get_raw(), _step, _end_pos - dest);
 
         if (rem == 0) {
             fill_window(range, frame);
@@ -117,9 +126,9 @@ void ResamplerCst::walk_range(SplFileIteratorCont& range, long start, archi::UIn
                                              : use_frame(range, frame);
         if (src == nullptr) {
             clear_dest(dest, nbr_spl);
-            pos += archi::Fixed3232::from_raw(step) * nbr_spl;
+            pos += archi::Fixed3232::from_raw(_step) * nbr_spl;
         } else {
-            InterpLin::process(_dest_ptr + dest, _dest_stride, src, _nbr_chn, nbr_spl, pos, step);
+            InterpLin::process(_dest_ptr + dest, _dest_stride, src, _nbr_chn, nbr_spl, pos, _step);
         }
         dest += nbr_spl;
         frame += pos.get_int_part();

@@ -63,6 +63,7 @@ private:
     long _end_pos = 0; // offset at which the current call ends
     int _nbr_chn = 1;
     float _rate = 1;
+    archi::Int64 _step = archi::Int64(1) << 32; // the rate in 1/2^32 frames
     long _cache_id = 0;
     archi::Int64 _spl_len = 0;
     double _play_pos = -1;
