@@ -1,14 +1,15 @@
 #include "host/engine/CurveLine.h"
 
+#include "host/engine/Frames.h"
+
 #include <algorithm>
-#include <cmath>
 
 namespace ulk::host::engine {
 
 CurveLine CurveLine::find(session::Session::Curve const& points, double sample_freq,
                           long long pos) {
     auto const get_frame = [sample_freq](session::Session::Point const& point) {
-        return std::llround(point.time * sample_freq);
+        return conv_to_frames(point.time, sample_freq);
     };
     auto const next = std::upper_bound(
         points.begin(), points.end(), pos,
@@ -21,6 +22,14 @@ CurveLine CurveLine::find(session::Session::Curve const& points, double sample_f
         return {get_frame(last), far_pos, last.val, last.val};
     }
     return {get_frame(last), get_frame(*next), last.val, next->val};
+}
+
+long long CurveLine::find_zero() const {
+    if (val_beg * val_end >= 0) {
+        return far_pos;
+    }
+    return beg +
+           static_cast<long long>(val_beg / (val_beg - val_end) * static_cast<double>(end - beg));
 }
 
 double CurveLine::find_val(long long pos) const {

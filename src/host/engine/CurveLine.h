@@ -14,6 +14,8 @@ struct CurveLine {
 
     double find_val(long long pos) const;
     bool is_constant() const { return val_beg == val_end; }
+    // Where it crosses 0, about; far_pos when it does not.
+    long long find_zero() const;
 
     long long beg;
     long long end;

@@ -158,13 +158,12 @@ void Feeder::check(long len) {
 
 // All holes of a clip are one.
 void Feeder::add_hole(Loss const& hole) {
-    for (auto last = _hole_arr.rbegin(); last != _hole_arr.rend(); ++last) {
-        if (last->track == hole.track && last->clip == hole.clip) {
-            last->len += hole.len;
-            return;
-        }
+    auto const [place, new_flag] = _hole_map.try_emplace({hole.track, hole.clip}, _hole_arr.size());
+    if (new_flag) {
+        _hole_arr.push_back(hole);
+    } else {
+        _hole_arr[place->second].len += hole.len;
     }
-    _hole_arr.push_back(hole);
 }
 
 } // namespace ulk::host::engine

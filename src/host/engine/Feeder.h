@@ -4,6 +4,8 @@
 #include "host/engine/Engine.h"
 #include "host/engine/SampleStore.h"
 
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace ulk::host::engine {
@@ -70,6 +72,7 @@ private:
     std::vector<PlayerState> _player_arr;
     std::vector<Loss> _dropped_arr;
     std::vector<Loss> _hole_arr;
+    std::map<std::pair<int, int>, std::size_t> _hole_map; // place in the list by track and clip
     bool _ahead_flag = true; // there is room for all that voices ask for
     long _max_cells = 0;
     long long _nbr_notes = 0;

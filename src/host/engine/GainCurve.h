@@ -36,6 +36,10 @@ private:
     CurveLine find_line(long long pos) const;
     double find_fade(long long pos) const;
     long long find_fade_end(long long pos) const; // where the fades' slope changes next
+    static long long find_slope_end(CurveLine const& line, long long pos);
+    double find_gain(CurveLine const& line, long long pos) const;
+    bool is_bent(CurveLine const& line, long long pos, long long end) const;
+    bool is_followed(CurveLine const& line, long long pos, long long end) const;
 
     Curve const* _points;
     double _sample_freq;

@@ -1,5 +1,7 @@
 #include "host/engine/NotePlan.h"
 
+#include "host/engine/Frames.h"
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -46,7 +48,7 @@ bool NotePlan::make_note(Note& note, Session::Clip const& clip, SampleFacts cons
     double const speed = std::exp(clip.pitch * ln2_by_12);
     double const rate = speed * facts.sample_freq / freq;
     double const clip_src = clip.offset * facts.sample_freq;
-    long long const at = std::llround(clip.at * freq) - _settings.first;
+    long long const at = conv_to_frames(clip.at, freq) - _settings.first;
     long long const skip = std::max(-at, 0LL);
     note.src_beg = clip_src + static_cast<double>(skip) * rate;
     if (note.src_beg >= static_cast<double>(facts.len)) {
@@ -67,7 +69,7 @@ bool NotePlan::make_note(Note& note, Session::Clip const& clip, SampleFacts cons
     note.off = Note::never;
     note.clip_end = src_end;
     if (clip.length < Session::to_the_end) {
-        long long const off = std::llround((clip.at + clip.length) * freq) - _settings.first + lead;
+        long long const off = conv_to_frames(clip.at + clip.length, freq) - _settings.first + lead;
         if (off <= note.beg) {
             return false;
         }

@@ -2,7 +2,10 @@
 
 #include "host/engine/CurveLine.h"
 
+#include "host/engine/Frames.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace ulk::host::engine {
 
@@ -18,6 +21,7 @@ enum NoteParam : int {
     NoteParam_PAN = 6
 };
 constexpr double max_gain = 16;
+constexpr double smoothing_time = 0.005; // s, that a jump of volume or pan takes
 
 } // namespace
 
@@ -38,7 +42,9 @@ kryn::PluginDsp::EventList NotePlayer::find_events(long len) {
         _live_arr.end());
     start_notes(len);
     for (Live& live : _live_arr) {
-        move_note(live, len);
+        long long const end = std::min(_pos + len, _note_arr[live.note].end);
+        move_gain(live, end);
+        move_pan(live, end);
     }
     release_notes(len);
     _idle_flag = _live_arr.empty() && _entry_arr.empty();
@@ -57,68 +63,77 @@ void NotePlayer::start_notes(long len) {
 void NotePlayer::start_note(std::size_t index) {
     Note const& note = _note_arr[index];
     auto const& clip = _track.clips[static_cast<std::size_t>(note.clip)];
-    long long const own = note.beg - note.clip_beg; // frame of the clip's own time
-    auto const conv_len = [this](double time) {
-        return static_cast<long long>(time * _sample_freq + 0.5);
-    };
-    GainCurve const gain(
-        clip.volume, clip.gain, _sample_freq,
-        {conv_len(clip.fade_in), conv_len(clip.fade_out), note.clip_end - note.clip_beg});
-    CurveLine const pan = CurveLine::find(clip.pan, _sample_freq, own);
+    // The first frame is silent, whatever its volume: it has that of the second already, so that no
+    // change comes between them.
+    long long const own = note.beg + 1 - note.clip_beg;
+    GainCurve const gain(clip.volume, clip.gain, _sample_freq,
+                         {conv_to_frames(clip.fade_in, _sample_freq),
+                          conv_to_frames(clip.fade_out, _sample_freq),
+                          note.clip_end - note.clip_beg});
     double const norm = conv_gain(gain.find_piece(own, 1).beg);
+    double const pan = CurveLine::find(clip.pan, _sample_freq, own).find_val(own);
     add_note_event(Dsp::EventType_NOTE_ON, note.beg, index);
     add_param(NoteParam_SAMPLE, note.beg, index, 0, 0, static_cast<double>(_id_arr[index]));
     add_param(NoteParam_POS, note.beg, index, 0, 0, note.pos);
     add_param(NoteParam_PIN, note.beg, index, 0, 0, note.pin);
     add_param(NoteParam_VOLUME, note.beg, index, 0, 0, norm);
     add_param(NoteParam_PITCH, note.beg, index, 0, 0, clip.pitch);
-    add_param(NoteParam_PAN, note.beg, index, 0, 0, pan.find_val(own));
-    _live_arr.push_back({index, gain, norm, !gain.is_constant_from(own),
-                         !(pan.is_constant() && pan.end == CurveLine::far_pos)});
+    add_param(NoteParam_PAN, note.beg, index, 0, 0, pan);
+    _live_arr.push_back({index, gain, {norm, note.beg + 1}, {pan, note.beg + 1}});
 }
 
-// Changes after the Note On: from the block's start, or from the frame behind the start.
-void NotePlayer::move_note(Live& live, long len) {
-    Note const& note = _note_arr[live.note];
-    long long const beg = std::max(_pos, note.beg + 1);
-    long long const end = std::min(_pos + len, note.end);
-    if (live.gain_flag) {
-        move_gain(live, beg, end);
-    }
-    if (live.pan_flag) {
-        move_pan(live, beg, end);
-    }
-}
-
-void NotePlayer::move_gain(Live& live, long long beg, long long end) {
+// A voice moves in straight lines from one event to the next, so that the end of a change needs an
+// event as much as its start; what rests needs none. A jump is on its way for a while, and would
+// start anew with each event: there is none before it has arrived.
+void NotePlayer::move_gain(Live& live, long long end) {
     long long const origin = _note_arr[live.note].clip_beg;
-    for (long long frame = beg; frame < end && live.gain_flag;) {
-        auto const piece = live.gain.find_piece(frame - origin, static_cast<long>(end - frame));
-        double const norm_end = conv_gain(piece.end);
-        double norm_beg = conv_gain(piece.beg);
-        if (frame == _note_arr[live.note].beg + 1) {
-            norm_beg = live.norm; // no step behind the first frame
-        }
-        add_param(NoteParam_VOLUME, frame, live.note, piece.len, norm_beg, norm_end);
-        live.norm = norm_end;
-        frame += piece.len;
-        live.gain_flag = !live.gain.is_constant_from(frame - origin) ||
-                         conv_gain(live.gain.find_piece(frame - origin, 1).beg) != norm_end;
+    Course& course = live.volume;
+    while (course.next < end && !course.ended_flag) {
+        long long const own = course.next - origin;
+        auto const piece = live.gain.find_piece(own, static_cast<long>(end - course.next));
+        double const norm_beg = conv_gain(piece.beg);
+        bool const jump_flag = norm_beg != course.val;
+        long const len = jump_flag ? find_smoothing_len() : piece.len;
+        double const gain_end = jump_flag ? live.gain.find_piece(own + len, 1).beg : piece.end;
+        tell(course, NoteParam_VOLUME, live.note, len, norm_beg, conv_gain(gain_end));
+        course.ended_flag = course.rest_flag && live.gain.is_constant_from(own);
     }
 }
 
-void NotePlayer::move_pan(Live& live, long long beg, long long end) {
+// The pan law has a corner in the middle.
+void NotePlayer::move_pan(Live& live, long long end) {
     Note const& note = _note_arr[live.note];
-    auto const& clip = _track.clips[static_cast<std::size_t>(note.clip)];
-    for (long long frame = beg; frame < end && live.pan_flag;) {
-        long long const own = frame - note.clip_beg;
-        CurveLine const line = CurveLine::find(clip.pan, _sample_freq, own);
-        long long const piece_end = std::min(end - note.clip_beg, line.end);
-        add_param(NoteParam_PAN, frame, live.note, static_cast<long>(piece_end - own),
-                  line.find_val(own), line.find_val(piece_end));
-        frame = note.clip_beg + piece_end;
-        live.pan_flag = !(line.end == CurveLine::far_pos);
+    auto const& points = _track.clips[static_cast<std::size_t>(note.clip)].pan;
+    Course& course = live.pan;
+    while (course.next < end && !course.ended_flag) {
+        long long const own = course.next - note.clip_beg;
+        CurveLine const line = CurveLine::find(points, _sample_freq, own);
+        double const val_beg = line.find_val(own);
+        if (val_beg != course.val) {
+            long const len = find_smoothing_len();
+            double const val_end =
+                CurveLine::find(points, _sample_freq, own + len).find_val(own + len);
+            tell(course, NoteParam_PAN, live.note, len, val_beg, val_end);
+            continue;
+        }
+        long long piece_end = std::min(end - note.clip_beg, line.end);
+        if (long long const middle = line.find_zero(); own < middle && middle < piece_end) {
+            piece_end = middle;
+        }
+        tell(course, NoteParam_PAN, live.note, static_cast<long>(piece_end - own), val_beg,
+             line.find_val(piece_end));
+        course.ended_flag = course.rest_flag && line.end == CurveLine::far_pos;
     }
+}
+
+// The next step of a value: len frames from one to the other.
+void NotePlayer::tell(Course& course, int index, std::size_t note, long len, double val_beg,
+                      double val_end) {
+    bool const rest_flag = course.val == val_beg && val_beg == val_end;
+    if (!rest_flag || !course.rest_flag) {
+        add_param(index, course.next, note, len, val_beg, val_end);
+    }
+    course = {val_end, course.next + len, rest_flag};
 }
 
 void NotePlayer::release_notes(long len) {
@@ -154,6 +169,10 @@ void NotePlayer::add(long long frame, Dsp::Event& evt) {
 double NotePlayer::conv_gain(double gain) const {
     return _plugin.conv_param_nat_to_norm({kryn::ParamScope_NOTE, 0, NoteParam_VOLUME},
                                           std::min(gain, max_gain));
+}
+
+long NotePlayer::find_smoothing_len() const {
+    return std::lround(std::ceil(smoothing_time * _sample_freq));
 }
 
 kryn::PluginDsp::EventList NotePlayer::sort_events() {

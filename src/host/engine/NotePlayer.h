@@ -48,12 +48,18 @@ public:
     static constexpr long long no_id = 0;
 
 private:
+    // What a voice was told last of a value that moves.
+    struct Course {
+        double val;
+        long long next;          // frame up to which that holds
+        bool rest_flag = true;   // it stands still
+        bool ended_flag = false; // for ever
+    };
     struct Live {
         std::size_t note;
         GainCurve gain;
-        double norm;    // volume as last told, in the plug-in's form
-        bool gain_flag; // the volume still moves
-        bool pan_flag;
+        Course volume; // in the plug-in's form
+        Course pan;
     };
     struct Entry {
         Dsp::Event evt;
@@ -62,9 +68,10 @@ private:
 
     void start_notes(long len);
     void start_note(std::size_t note);
-    void move_note(Live& live, long len);
-    void move_gain(Live& live, long long beg, long long end);
-    void move_pan(Live& live, long long beg, long long end);
+    void move_gain(Live& live, long long end);
+    void move_pan(Live& live, long long end);
+    void tell(Course& course, int index, std::size_t note, long len, double val_beg,
+              double val_end);
     void release_notes(long len);
     Dsp::EventList sort_events();
 
@@ -73,6 +80,7 @@ private:
                    double val_end);
     void add(long long frame, Dsp::Event& evt);
     double conv_gain(double gain) const;
+    long find_smoothing_len() const;
 
     std::vector<Note> const& _note_arr;
     session::Session::Track const& _track;

@@ -10,6 +10,12 @@
 
 namespace ulk::host::engine {
 
+namespace {
+
+constexpr long long header_len = 44; // bytes, of the WAV files that are made here
+
+} // namespace
+
 Recorder::Recorder(CacheService& cache, std::string const& path, Format const& format)
     : _cache(cache)
     , _path(path)
@@ -49,9 +55,9 @@ bool Recorder::push(float const* const* chn_arr, long len) {
     return done == len;
 }
 
-// A failed write is told to nobody but the log: the file's size shows it. Only whole cells have
-// been written.
+// Only whole cells have been written.
 void Recorder::validate() {
+    check_blocks();
     if (_cache.use_cache().validate_new_data(_file_id) != 0) {
         throw Error(Error::Kind_IO, _path + ": writing failed");
     }
@@ -59,7 +65,9 @@ void Recorder::validate() {
     check_size(_nbr_pushed / cell_len * cell_len);
 }
 
+// The last, partly filled cell is written on closing: the file's size tells whether it was.
 void Recorder::close() {
+    check_blocks();
     _open_flag = false;
     if (_cache.use_cache().close_file(_file_id) != 0) {
         throw Error(Error::Kind_IO, _path + ": writing failed");
@@ -67,12 +75,20 @@ void Recorder::close() {
     check_size(_nbr_pushed);
 }
 
+// In the midst of the file, where its size tells nothing.
+void Recorder::check_blocks() const {
+    long nbr_blocks = 0;
+    if (_cache.use_cache().get_nbr_lost_blocks(_file_id, nbr_blocks) != 0 || nbr_blocks > 0) {
+        throw Error(Error::Kind_IO, _path + ": cannot be written; is the disk full?");
+    }
+}
+
 void Recorder::check_size(long long nbr_frames) const {
     std::error_code ec;
     auto const size = std::filesystem::file_size(_path, ec);
     auto const frame_len =
         sacc::SplFileFmtTools::get_nbr_bytes_per_sample(_format.bit_fmt) * _format.nbr_chn;
-    if (ec || static_cast<long long>(size) < nbr_frames * frame_len) {
+    if (ec || static_cast<long long>(size) < header_len + nbr_frames * frame_len) {
         throw Error(Error::Kind_IO, _path + ": cannot be written; is the disk full?");
     }
 }

@@ -32,10 +32,12 @@ public:
     // Brings the file's headers up to date with what the slices have written, so that what is there
     // can be read whatever happens. Throws an Error when the file does not grow as it should.
     void validate();
-    // Writes the rest. Throws an Error when the file does not hold all that was pushed.
+    // Writes the rest, behind slices that have written all but the last cell. Throws an Error when
+    // the file does not hold all that was pushed.
     void close();
 
 private:
+    void check_blocks() const;
     void check_size(long long nbr_frames) const;
 
     CacheService& _cache;

@@ -208,6 +208,7 @@ void Renderer::deliver_to(Output& output, float* const* chn_arr, long skip, long
 }
 
 void Renderer::validate_files() {
+    _cache->run_slices();
     for (Output& output : _output_arr) {
         if (output.recorder != nullptr) {
             output.recorder->validate();

@@ -1,5 +1,6 @@
 #include "host/engine/WorkerPool.h"
 
+#include <system_error>
 #include <utility>
 
 namespace ulk::host::engine {
@@ -23,8 +24,12 @@ void wait_for_change(std::atomic<T> const& value, T old) {
 } // namespace
 
 WorkerPool::WorkerPool(int nbr_jobs) {
-    for (int index = 1; index < nbr_jobs; ++index) {
-        _thread_arr.emplace_back([this] { work(); });
+    try {
+        for (int index = 1; index < nbr_jobs; ++index) {
+            _thread_arr.emplace_back([this] { work(); });
+        }
+    } catch (std::system_error const&) {
+        // The system gives no more of them: those that there are do the work.
     }
 }
 

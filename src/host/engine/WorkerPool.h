@@ -11,7 +11,8 @@ namespace ulk::host::engine {
 // each other quickly they spin, then sleep.
 class WorkerPool {
 public:
-    // nbr_jobs: threads in all, the caller's included; 1 or more.
+    // nbr_jobs: threads in all, the caller's included; 1 or more. Fewer when the system gives no
+    // more.
     explicit WorkerPool(int nbr_jobs);
     ~WorkerPool();
 

@@ -71,6 +71,8 @@ public:
 
     // The out arguments are not touched on failure. The length counts the frames pushed so far.
     int get_length(SplCacheFileId file_id, archi::Int64& len) const;
+    // Blocks of a recording that the disk refused so far; in the file, zeros stand for them.
+    int get_nbr_lost_blocks(SplCacheFileId file_id, long& nbr_blocks) const;
     int get_nbr_chn(SplCacheFileId file_id, int& nbr_chn) const;
     int get_sample_freq(SplCacheFileId file_id, double& sample_freq) const;
     int get_sample_format(SplCacheFileId file_id, SplFileBitFmt& bit_fmt) const;

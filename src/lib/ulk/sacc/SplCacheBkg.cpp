@@ -18,9 +18,12 @@ void SplCache::check_cells_write() {
     while (start_write_transfer(index, transfer)) {
         DescPtr desc;
         if (_file_pool.find_file(transfer.file_id, desc)) {
-            // The result is told to nobody: the cell is needed back in any case.
-            desc->use_handle().write_block(
-                transfer.data, desc->compute_block_pos(transfer.block_index), transfer.len);
+            // A failure is noted alone: the cell is needed back in any case.
+            if (desc->use_handle().write_block(transfer.data,
+                                               desc->compute_block_pos(transfer.block_index),
+                                               transfer.len) != 0) {
+                desc->add_lost_block();
+            }
         } else {
             ULK_LOG(ERROR, "check_cells_write(): Unknown file id %1%", transfer.file_id);
         }

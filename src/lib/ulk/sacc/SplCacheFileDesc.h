@@ -49,6 +49,10 @@ public:
     // The same, without those that the index list does not have.
     void compute_block_covering_clamped(long& first, long& count, archi::Int64 pos, long len) const;
 
+    // Blocks of a recording that could not be written.
+    long get_nbr_lost_blocks() const { return _nbr_lost_blocks; }
+    void add_lost_block() { ++_nbr_lost_blocks; }
+
     // real-time. Adds frames to a recording; true when that ended a block, which then has no cell.
     bool push_new_data(long len);
 
@@ -61,6 +65,7 @@ private:
     long _block_frame_len = -1;
     int _nbr_chn = -1;
     bool _rec_flag = false;
+    long _nbr_lost_blocks = 0;
     std::vector<long> _cell_index_list; // never resized while the file is published
 };
 

@@ -232,6 +232,17 @@ int SplCache::get_length(SplCacheFileId file_id, archi::Int64& len) const {
     return 0;
 }
 
+int SplCache::get_nbr_lost_blocks(SplCacheFileId file_id, long& nbr_blocks) const {
+    sys::CritSec crit_bkg(_mutex_bkg);
+    DescPtr desc;
+    if (!_file_pool.find_file(file_id, desc)) {
+        ULK_LOG(ERROR, "get_nbr_lost_blocks(): Unknown file id %1%", file_id);
+        return Err_FILE_ID_UNKNOWN;
+    }
+    nbr_blocks = desc->get_nbr_lost_blocks();
+    return 0;
+}
+
 int SplCache::get_nbr_chn(SplCacheFileId file_id, int& nbr_chn) const {
     sys::CritSec crit_bkg(_mutex_bkg);
     DescPtr desc;
