@@ -94,9 +94,9 @@ public:
     static constexpr long _default_cell_len = 16384;
 
     // For the iterators. All real-time.
-    sys::Mutex const& use_mutex_read() const { return _mutex_read; } // for the next two
-    void signal_cell_read_no_lock(long index);
-    bool copy_cell_if_full_no_lock(SplCacheCell& cell, long index) const;
+    void signal_cell_read(long index);
+    bool copy_cell_if_full(SplCacheCell& cell, long index) const;
+    bool signal_and_copy_cell(SplCacheCell& cell, long index); // both, under one lock
     SplCacheCell* update_or_reserve_rec_cell(SplCacheFileDesc& desc, long block_index,
                                              archi::Int64 end_pos, long& nbr_added);
 
@@ -130,6 +130,8 @@ private:
     // For a caller who holds the lock that orders the cells: a pass's, or mutex_rt.
     SplCacheCell& use_cell(long index) const;
     CellVect const& use_cells() const { return _mem_pool.use_cell_list(); }
+    void signal_cell_read_no_lock(long index);
+    bool copy_cell_if_full_no_lock(SplCacheCell& cell, long index) const;
     void refresh_cell(long index);
     void free_normal_cell(long index);
     long free_and_use_lru_cell(); // -1 when there is none

@@ -2,7 +2,6 @@
 
 #include "ulk/sacc/SplCache.h"
 #include "ulk/sacc/SplCacheFileDesc.h"
-#include "ulk/sys/CritSec.h"
 
 #include <algorithm>
 
@@ -34,21 +33,11 @@ void SplCacheIteratorRead::clear(archi::Int64 pos, long len) {
 }
 
 bool SplCacheIteratorRead::find_cur_cell() {
-    if (_nbr_rem_blocks < 1) {
-        return false;
-    }
-    sys::CritSec const crit_read(_cache_ptr->use_mutex_read());
-    return find_cur_cell_no_lock();
-}
-
-bool SplCacheIteratorRead::find_cur_cell_no_lock() {
     while (_nbr_rem_blocks > 0) {
-        if (try_cur_block()) {
-            _cell_pos = _desc_ptr->compute_block_pos(_block_index);
+        long const cell_index = _desc_ptr->get_cell_index(_block_index);
+        if (take_cur_block(cell_index >= 0 && _cache_ptr->copy_cell_if_full(_cell, cell_index))) {
             return true;
         }
-        ++_block_index;
-        --_nbr_rem_blocks;
     }
     return false;
 }
@@ -60,23 +49,30 @@ void SplCacheIteratorRead::start_read(archi::Int64 pos, long len, SplCacheFileDe
     _desc_ptr = &desc;
     _cache_ptr = &cache;
     desc.compute_block_covering_clamped(_block_index, _nbr_rem_blocks, pos, len);
-    if (_nbr_rem_blocks < 1) {
+    if (_nbr_rem_blocks == 1) { // nearly always: the two passes are one
+        long const cell_index = desc.get_cell_index(_block_index);
+        take_cur_block(cell_index >= 0 && cache.signal_and_copy_cell(_cell, cell_index));
         return;
     }
-    sys::CritSec const crit_read(cache.use_mutex_read());
     // Also what is not loaded yet stays fresh: a reader wants it.
     for (long block = _block_index; block < _block_index + _nbr_rem_blocks; ++block) {
         long const cell_index = desc.get_cell_index(block);
         if (cell_index >= 0) {
-            cache.signal_cell_read_no_lock(cell_index);
+            cache.signal_cell_read(cell_index);
         }
     }
-    find_cur_cell_no_lock();
+    find_cur_cell();
 }
 
-bool SplCacheIteratorRead::try_cur_block() {
-    long const cell_index = _desc_ptr->get_cell_index(_block_index);
-    return cell_index >= 0 && _cache_ptr->copy_cell_if_full_no_lock(_cell, cell_index);
+// Stays on the current block, or passes it over. Returns full_flag.
+bool SplCacheIteratorRead::take_cur_block(bool full_flag) {
+    if (full_flag) {
+        _cell_pos = _desc_ptr->compute_block_pos(_block_index);
+    } else {
+        ++_block_index;
+        --_nbr_rem_blocks;
+    }
+    return full_flag;
 }
 
 } // namespace ulk::sacc

@@ -43,8 +43,7 @@ public:
     void start_read(archi::Int64 pos, long len, SplCacheFileDesc& desc, SplCache& cache);
 
 private:
-    bool find_cur_cell_no_lock();
-    bool try_cur_block();
+    bool take_cur_block(bool full_flag);
 
     archi::Int64 _frame_pos = -1;
     long _frame_len = -1;

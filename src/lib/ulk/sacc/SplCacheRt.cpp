@@ -80,6 +80,22 @@ int SplCache::do_push_data(SplCacheFileId file_id, long len, SplCacheIteratorWri
     return 0;
 }
 
+void SplCache::signal_cell_read(long index) {
+    sys::CritSec crit_read(_mutex_read);
+    signal_cell_read_no_lock(index);
+}
+
+bool SplCache::copy_cell_if_full(SplCacheCell& cell, long index) const {
+    sys::CritSec crit_read(_mutex_read);
+    return copy_cell_if_full_no_lock(cell, index);
+}
+
+bool SplCache::signal_and_copy_cell(SplCacheCell& cell, long index) {
+    sys::CritSec crit_read(_mutex_read);
+    signal_cell_read_no_lock(index);
+    return copy_cell_if_full_no_lock(cell, index);
+}
+
 void SplCache::signal_cell_read_no_lock(long index) {
     use_cell(index).signal_read();
     refresh_cell(index);

@@ -24,6 +24,14 @@ long long conv_to_int(double val, double val_min, double val_max) {
     return static_cast<long long>(std::max(val_min, std::min(val_max, std::floor(val + 0.5))));
 }
 
+// A parameter change for another note or none, which most events of a busy block are.
+bool is_foreign_change(kryn::PluginDsp::Event const& evt, unsigned long note_id) {
+    auto const& loc = evt.param.location;
+    return evt.type == kryn::PluginDsp::EventType_PARAM &&
+           (loc.scope != kryn::ParamScope_NOTE ||
+            static_cast<unsigned long>(loc.note_id) != note_id);
+}
+
 void set_at_once(ParamValMgrSmooth& mgr, double val) {
     mgr.set_val(val);
     mgr.clear_buffers();
@@ -83,7 +91,7 @@ void TapeSpl::process_block(long nbr_spl, Dsp::EventList const& events,
             generate_sample(cur, stamp);
             cur = stamp;
         }
-        if (cont_flag) {
+        if (cont_flag && !is_foreign_change(evt, _note_id)) {
             handle_event(evt, flags);
         }
     }
@@ -100,10 +108,7 @@ void TapeSpl::handle_event(Dsp::Event const& evt, NoteFlags& flags) {
     auto const is_mine = [this](int id) { return static_cast<unsigned long>(id) == _note_id; };
     switch (evt.type) {
     case Dsp::EventType_PARAM:
-        if (evt.param.location.scope == kryn::ParamScope_NOTE &&
-            is_mine(evt.param.location.note_id)) {
-            handle_param(evt.param);
-        }
+        handle_param(evt.param);
         break;
     case Dsp::EventType_NOTE_ON:
         flags.on |= is_mine(evt.note_id);

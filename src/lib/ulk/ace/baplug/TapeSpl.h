@@ -74,7 +74,7 @@ private:
     };
 
     // All real-time.
-    void handle_event(Dsp::Event const& evt, NoteFlags& flags);
+    void handle_event(Dsp::Event const& evt, NoteFlags& flags); // no foreign change
     void handle_param_begin(Dsp::EventParam const& evt);
     void handle_param_normal(Dsp::EventParam const& evt);
     bool handle_accumulated_note_events(bool& note_on, bool& note_off, bool& note_end);
