@@ -23,6 +23,7 @@ void add_info_command(CLI::App& app, Context& context);
 void add_plugins_command(CLI::App& app, Context& context);
 void add_process_command(CLI::App& app, Context& context);
 void add_validate_command(CLI::App& app);
+void add_render_command(CLI::App& app, Context& context);
 
 // The option --bundle, for the subcommands that load one.
 void add_bundle_option(CLI::App& command, Context& context);

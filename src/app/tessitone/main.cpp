@@ -20,6 +20,7 @@ int run(int argc, char** argv) {
     tessitone::add_process_command(app, context);
     tessitone::add_check_command(app, context);
     tessitone::add_validate_command(app);
+    tessitone::add_render_command(app, context);
     tessitone::add_info_command(app, context);
     try {
         app.parse(argc, argv);

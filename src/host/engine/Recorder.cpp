@@ -4,7 +4,7 @@
 #include "ulk/dsp/BasicMixing.h"
 #include "ulk/sacc/SplCacheIteratorWrite.h"
 #include "ulk/sacc/SplFileFmtDesc.h"
-#include "ulk/sacc/SplFileFmtTools.h"
+#include "ulk/sys/PlainFile.h"
 
 #include <filesystem>
 
@@ -16,16 +16,27 @@ constexpr long long header_len = 44; // bytes, of the WAV files that are made he
 
 } // namespace
 
-Recorder::Recorder(CacheService& cache, std::string const& path, Format const& format)
+Recorder::Recorder(CacheService& cache, std::string const& path, render::OutputFormat const& format)
     : _cache(cache)
     , _path(path)
     , _format(format) {
     dsp::BasicMixing::setup();
+    prepare_file();
     sacc::SplFileFmtDesc desc;
     desc.set_data(sacc::SplFileFmt_WAV, format.bit_fmt, format.sample_freq, format.nbr_chn);
-    if (_cache.use_cache().create_file_new(_file_id, path.c_str(), desc) != 0) {
+    if (_cache.use_cache().create_file_new(_file_id, _path.c_str(), desc) != 0) {
         throw Error(Error::Kind_IO, path + ": cannot be made; is its folder there, and writable?");
     }
+}
+
+// The file layer follows no links, and makes files that are their owner's alone: a sound file is
+// there for all whom the user lets read files.
+void Recorder::prepare_file() {
+    std::error_code ec;
+    if (auto const target = std::filesystem::canonical(_path, ec); !ec) {
+        _path = target;
+    }
+    sys::PlainFile::make(_path.c_str());
 }
 
 Recorder::~Recorder() {
@@ -86,9 +97,7 @@ void Recorder::check_blocks() const {
 void Recorder::check_size(long long nbr_frames) const {
     std::error_code ec;
     auto const size = std::filesystem::file_size(_path, ec);
-    auto const frame_len =
-        sacc::SplFileFmtTools::get_nbr_bytes_per_sample(_format.bit_fmt) * _format.nbr_chn;
-    if (ec || static_cast<long long>(size) < header_len + nbr_frames * frame_len) {
+    if (ec || static_cast<long long>(size) < header_len + nbr_frames * _format.get_frame_len()) {
         throw Error(Error::Kind_IO, _path + ": cannot be written; is the disk full?");
     }
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/engine/CacheService.h"
+#include "host/render/OutputFormat.h"
 #include "ulk/sacc/SplCacheFileId.h"
-#include "ulk/sacc/SplFileBitFmt.h"
 
 #include <string>
 
@@ -12,14 +12,8 @@ namespace ulk::host::engine {
 // slices bring them to the disk. Control side but where told.
 class Recorder {
 public:
-    struct Format {
-        sacc::SplFileBitFmt bit_fmt;
-        double sample_freq; // Hz
-        int nbr_chn;
-    };
-
     // Makes the file; what stood there is lost. Throws an Error that names it.
-    Recorder(CacheService& cache, std::string const& path, Format const& format);
+    Recorder(CacheService& cache, std::string const& path, render::OutputFormat const& format);
     ~Recorder(); // closes, whatever comes of it
 
     Recorder(Recorder const&) = delete;
@@ -29,8 +23,9 @@ public:
     // Appends frames, a buffer a channel. real-time, within a pass. False when the cache has no
     // memory left for them: some are lost.
     bool push(float const* const* chn_arr, long len);
-    // Brings the file's headers up to date with what the slices have written, so that what is there
-    // can be read whatever happens. Throws an Error when the file does not grow as it should.
+    // Brings the file's headers up to date with what has been written, so that it can be read
+    // whatever happens. The slices have run since the last push. Throws an Error when the file has
+    // not grown as it should.
     void validate();
     // Writes the rest, behind slices that have written all but the last cell. Throws an Error when
     // the file does not hold all that was pushed.
@@ -38,11 +33,12 @@ public:
 
 private:
     void check_blocks() const;
+    void prepare_file();
     void check_size(long long nbr_frames) const;
 
     CacheService& _cache;
     std::string _path;
-    Format _format;
+    render::OutputFormat _format;
     sacc::SplCacheFileId _file_id = 0;
     long long _nbr_pushed = 0; // frames
     bool _open_flag = true;

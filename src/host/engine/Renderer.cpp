@@ -100,7 +100,7 @@ void Renderer::set_up() {
         if (!output.path.empty()) {
             output.recorder = std::make_unique<Recorder>(
                 *_cache, output.path,
-                Recorder::Format{output.bit_fmt, _settings.sample_freq, _session.nbr_chn});
+                render::OutputFormat{output.bit_fmt, _settings.sample_freq, _session.nbr_chn});
         }
     }
     _stat.cache = _cache->get_size();

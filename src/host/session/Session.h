@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/session/TempoMap.h"
+
 #include <limits>
 #include <string>
 #include <vector>
@@ -89,9 +91,10 @@ public:
     std::vector<std::string> file_arr; // the session's own first, then its lists of clips
     std::string name;
     double sample_freq = 48000; // Hz
-    int nbr_chn = 2;            // of the mix, 1 to 16
-    double tail = 0;            // s behind the last clip's end
-    Curve volume = {{0, 0}};    // dB, of the mix
+    TempoMap tempo_map;
+    int nbr_chn = 2;         // of the mix, 1 to 16
+    double tail = 0;         // s behind the last clip's end
+    Curve volume = {{0, 0}}; // dB, of the mix
     std::vector<Sample> sample_arr;
     std::vector<Track> track_arr;
 };

@@ -90,8 +90,9 @@ void SessionReader::read_channels(Node const& node, Session& session) {
     session.nbr_chn = _values.read_whole(node, "channels", 1, 16).value_or(session.nbr_chn);
 }
 
-void SessionReader::read_tempo(Node const& node, Session&) {
+void SessionReader::read_tempo(Node const& node, Session& session) {
     TempoReader::read(node, _values);
+    session.tempo_map = _values.use_tempo_map();
 }
 
 void SessionReader::read_tail(Node const& node, Session& session) {

@@ -9,7 +9,9 @@ namespace ulk::host::session {
 // start everything goes on as it begins there.
 class TempoMap {
 public:
-    explicit TempoMap(double bpm = 120, int nbr_beats = 4);
+    TempoMap()
+        : TempoMap(120, 4) {}
+    explicit TempoMap(double bpm, int nbr_beats = 4);
 
     // From beat on, which lies behind all changes so far, another tempo, and another number of
     // beats in a bar if beat is the first of one.

@@ -73,22 +73,6 @@ std::optional<TimeText> ValueReader::find_time(Node const& node) const {
     return txt == nullptr ? std::nullopt : TimeText::parse(*txt);
 }
 
-std::optional<double> ValueReader::conv_time(TimeText const& time, TimeOrigin const& origin) const {
-    if (time.unit != TimeText::Unit::BAR) {
-        return time.unit == TimeText::Unit::FRAME ? time.val / _sample_freq : time.val;
-    }
-    double const nbr_beats = static_cast<double>(time.beat) + time.val;
-    if (origin.length_flag) {
-        double const beg = _tempo_map.conv_time_to_beat(origin.beg);
-        double const end = _tempo_map.add_length(beg, time.bar, nbr_beats);
-        return std::max(_tempo_map.conv_beat_to_time(end) - origin.beg, 0.0);
-    }
-    if (time.bar < 1 || time.beat < 1 || time.beat > _tempo_map.get_nbr_beats(time.bar)) {
-        return std::nullopt;
-    }
-    return _tempo_map.conv_beat_to_time(_tempo_map.find_bar(time.bar) + nbr_beats - 1);
-}
-
 std::optional<double> ValueReader::read_time(Node const& node, std::string_view name,
                                              TimeOrigin const& origin) {
     auto const written = find_time(node);
@@ -96,9 +80,9 @@ std::optional<double> ValueReader::read_time(Node const& node, std::string_view 
         refuse(node, name, "a time, such as 1.5, \"250 ms\", \"1:02.5\" or \"5|2\"");
         return std::nullopt;
     }
-    auto const time = conv_time(*written, origin);
+    auto const time = _scale.conv(*written, origin);
     if (!time) {
-        std::string const nbr = std::to_string(_tempo_map.get_nbr_beats(written->bar));
+        std::string const nbr = std::to_string(_scale.tempo_map.get_nbr_beats(written->bar));
         refuse(node, name, "a bar, 1 or more, and a beat of it, here from 1 to " + nbr);
         return std::nullopt;
     }

@@ -2,9 +2,7 @@
 
 #include "host/session/Diagnostics.h"
 #include "host/session/Node.h"
-#include "host/session/TempoMap.h"
-#include "host/session/TimeOrigin.h"
-#include "host/session/TimeText.h"
+#include "host/session/TimeScale.h"
 
 #include <optional>
 #include <string>
@@ -24,9 +22,9 @@ public:
         : _diagnostics(diagnostics) {}
 
     // Settle what times mean from now on.
-    void set_sample_freq(double sample_freq) { _sample_freq = sample_freq; }
-    void set_tempo_map(TempoMap map) { _tempo_map = std::move(map); }
-    TempoMap const& use_tempo_map() const { return _tempo_map; }
+    void set_sample_freq(double sample_freq) { _scale.sample_freq = sample_freq; }
+    void set_tempo_map(TempoMap map) { _scale.tempo_map = std::move(map); }
+    TempoMap const& use_tempo_map() const { return _scale.tempo_map; }
 
     Diagnostics& use_diagnostics() { return _diagnostics; }
 
@@ -60,14 +58,11 @@ private:
     using ReadMember = std::optional<double> (ValueReader::*)(Node const&, std::string_view);
 
     std::optional<TimeText> find_time(Node const& node) const;
-    // s; nothing for a bar or beat that is not there
-    std::optional<double> conv_time(TimeText const& time, TimeOrigin const& origin) const;
     std::optional<Session::Curve> read_curve(Node const& node, std::string_view name,
                                              TimeOrigin const& origin, ReadMember read_val);
 
     Diagnostics& _diagnostics;
-    double _sample_freq = 48000;
-    TempoMap _tempo_map;
+    TimeScale _scale;
 };
 
 template <class ReadVal>

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace ulk::sys {
+
+// The user's wish that the program ends, by Ctrl-C or as the system tells it. The first one is
+// noted down, for a program that asks and ends in good order; a second one ends it at once.
+class Interrupt {
+public:
+    static void install(); // at the start of work that asks
+    static bool is_asked();
+};
+
+} // namespace ulk::sys
