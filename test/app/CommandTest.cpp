@@ -3,6 +3,7 @@
 #include "host/SoundFileReader.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <cmath>
@@ -298,7 +299,50 @@ INSTANTIATE_TEST_SUITE_P(
         SillyCase{"describe -o none/out", 4, "none/out: cannot be written"},
         SillyCase{"describe -o /dev/full", 4, "/dev/full: cannot be written"},
         SillyCase{"describe >/dev/full", 4, "writing to standard output failed"},
+        SillyCase{"--progress", 1, "--progress"},
+        SillyCase{"plugins --progress often", 1, "--progress"},
         SillyCase{"plugins >/dev/full", 4, "writing to standard output failed"}));
+
+TEST_F(CommandTest, ProgressAsJson) {
+    auto const outcome = run(std::string("--progress json " BYPASS) + wav + " out.wav --block 64");
+    ASSERT_EQ(0, outcome.code) << outcome.err;
+    std::istringstream lines(outcome.err);
+    nlohmann::json last = nlohmann::json::object();
+    for (std::string line; std::getline(lines, line);) {
+        nlohmann::json const json = nlohmann::json::parse(line);
+        EXPECT_GT(json["done"].get<long long>(), last.value("done", 0LL));
+        EXPECT_GE(json["elapsed"].get<double>(), last.value("elapsed", 0.0));
+        EXPECT_EQ(68545, json["total"]);
+        last = json;
+    }
+    EXPECT_EQ(68545, last["done"]);
+    EXPECT_EQ(0, last["eta"]);
+    EXPECT_EQ("Brevanto#TessitoneBypass", last["task"]);
+}
+
+// With the program's error output on a terminal of its own.
+TEST_F(CommandTest, ProgressOnATerminalAlone) {
+    std::string const process = std::string("process --plugin Brevanto#TessitoneBypass ") + wav;
+    auto const on_terminal = [&](std::string const& option) {
+        std::string const call = BUILD_DIR "/tessitone " + process + " out.wav " + option;
+        std::string const command =
+            "cd " + _folder + " && script -qec '" + call + "' typescript >/dev/null";
+        EXPECT_EQ(0, std::system(command.c_str())) << command;
+        return read_file(_folder + "/typescript");
+    };
+    EXPECT_NE(std::string::npos, on_terminal("").find(" %"));
+    EXPECT_NE(std::string::npos, on_terminal("").find(" left"));
+    EXPECT_EQ(std::string::npos, on_terminal("--progress none").find(" left"));
+    EXPECT_EQ("", run(process + " out.wav").err);
+}
+
+TEST_F(CommandTest, AReaderThatGoesEndsItPlainly) {
+    std::string const call = "(sleep 0.2; " BUILD_DIR "/tessitone plugins; echo $? >" + _folder +
+                             "/code) 2>" + _folder + "/err | true";
+    std::system(("bash -c '" + call + "'; sleep 0.5").c_str());
+    EXPECT_EQ("4\n", read_file(_folder + "/code"));
+    EXPECT_EQ("tessitone: writing to standard output failed\n", read_file(_folder + "/err"));
+}
 
 TEST_F(CommandTest, LogFileKeepsEveryLine) {
     for (char const* args : {"--log log.txt plugins", "plugins --log log.txt"}) {

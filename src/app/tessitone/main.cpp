@@ -1,11 +1,25 @@
 #include "host/Error.h"
 #include "host/Log.h"
 #include "tessitone/Commands.h"
+#include "tessitone/Progress.h"
+#include "ulk/sys/DescriptorOut.h"
 
 #include <cstdio>
 #include <exception>
+#include <map>
 
 namespace {
+
+void add_progress_option(CLI::App& app) {
+    using Format = tessitone::Progress::Format;
+    static std::map<std::string, Format> const format_map = {
+        {"auto", Format::AUTO}, {"json", Format::JSON}, {"none", Format::NONE}};
+    app.add_option_function<std::string>(
+           "--progress",
+           [](std::string const& name) { tessitone::Progress::choose_format(format_map.at(name)); },
+           "Progress on standard error: a line on a terminal, JSON lines, or none")
+        ->check(CLI::IsMember({"auto", "json", "none"}));
+}
 
 int run(int argc, char** argv) {
     CLI::App app("Play and process sound with a bundle of plug-ins", "tessitone");
@@ -14,6 +28,7 @@ int run(int argc, char** argv) {
     app.add_option_function<std::string>("--log", &ulk::host::Log::keep_all,
                                          "Write all log lines to this file")
         ->type_name("FILE");
+    add_progress_option(app);
     tessitone::Context context;
     tessitone::add_plugins_command(app, context);
     tessitone::add_describe_command(app, context);
@@ -44,6 +59,8 @@ struct LogFlush {
 } // namespace
 
 int main(int argc, char** argv) {
+    // Writing fails then, and is told.
+    ulk::sys::DescriptorOut::ignore_gone_readers();
     try {
         LogFlush const flush;
         return run(argc, argv);
