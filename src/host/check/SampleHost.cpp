@@ -90,6 +90,14 @@ void SampleHost::load() {
     }
 }
 
+void SampleHost::load_all() {
+    for (Sample const& sample : _sample_list) {
+        expect_ok(_cache.lock_data(sample.cache_id, 0, static_cast<long>(sample.len)),
+                  "keeping a sample in memory");
+    }
+    load();
+}
+
 int SampleHost::do_execute(int cmd, void* data) {
     sys::RealTimeGuard::Pause const pause;
     switch (cmd) {

@@ -21,6 +21,8 @@ public:
 
     // Brings in what was asked for.
     void load();
+    // Brings in everything, for good.
+    void load_all();
     bool was_asked() const { return _asked_flag; }
 
 protected:

@@ -69,7 +69,7 @@ void check_leak(Session& session, Bundle& bundle, std::string const& id) {
     };
     long const before = cycle(); // what is made once is there now
     long const lost = cycle() - before;
-    if (before >= 0 && lost >= nbr_cycles) {
+    if (lost >= nbr_cycles) {
         session.findings.add(TestId_LEAK, id + ": " + std::to_string(lost / nbr_cycles) +
                                               " bytes are lost with each instance");
     }

@@ -1,11 +1,15 @@
 #include "ulk/sys/SystemInfo.h"
 
+#include <cstddef>
 #include <fstream>
 
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/utsname.h>
 #include <unistd.h>
+
+// There where a sanitizer's allocator stands in for that of the C library.
+extern "C" [[gnu::weak]] std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace ulk::sys {
 
@@ -59,9 +63,11 @@ long SystemInfo::get_page_len() {
 }
 
 long SystemInfo::get_used_heap_len() {
-    // A sanitizer's allocator tells nothing here.
+    if (__sanitizer_get_current_allocated_bytes != nullptr) {
+        return static_cast<long>(__sanitizer_get_current_allocated_bytes());
+    }
     struct mallinfo2 const info = ::mallinfo2();
-    return info.arena + info.hblkhd != 0 ? static_cast<long>(info.uordblks + info.hblkhd) : -1;
+    return static_cast<long>(info.uordblks + info.hblkhd);
 }
 
 long SystemInfo::get_max_nbr_open_files() {
