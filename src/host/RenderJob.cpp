@@ -4,9 +4,11 @@
 #include "host/engine/Renderer.h"
 #include "host/engine/SessionConverter.h"
 #include "host/render/WavPipe.h"
+#include "host/render/WaveformPlot.h"
 #include "host/session/SampleCheck.h"
 #include "host/session/SessionReader.h"
 #include "host/session/TimeScale.h"
+#include "ulk/sys/UserPermissions.h"
 
 #include <algorithm>
 #include <chrono>
@@ -40,7 +42,9 @@ public:
     void convert();
     void set_up();
     void render();
+    void plot() const;
     RenderReport make_report() const;
+    std::optional<render::Envelope> const& use_envelope() const { return _envelope; }
 
 private:
     struct StemOutput {
@@ -74,6 +78,7 @@ private:
     render::OutputFormat _format;
     std::unique_ptr<Renderer> _renderer;
     std::optional<render::Meter> _meter;
+    std::optional<render::Envelope> _envelope;
     std::unique_ptr<render::WavPipe> _pipe;
     std::vector<StemOutput> _stem_arr;
     render::Percentiles _block_times;
@@ -178,6 +183,10 @@ void Run::add_mix() {
     if (_settings.measure_flag) {
         _meter.emplace(_format.nbr_chn, _format.sample_freq, _format.get_clip_level());
     }
+    if (!_settings.plot_path.empty() || _settings.envelope_flag) {
+        _envelope.emplace(_format.nbr_chn, _format.sample_freq, _renderer->get_len(),
+                          render::WaveformPlot::nbr_columns);
+    }
     bool const pipe_flag = _settings.out_path == standard_output;
     if (pipe_flag) {
         _pipe = std::make_unique<render::WavPipe>(sys::DescriptorOut::STANDARD_OUTPUT,
@@ -190,6 +199,9 @@ void Run::add_mix() {
                               [this](float const* const* chn_arr, long len) {
                                   if (_meter) {
                                       _meter->push(chn_arr, len);
+                                  }
+                                  if (_envelope) {
+                                      _envelope->push(chn_arr, len);
                                   }
                                   if (_pipe) {
                                       _pipe->write(chn_arr, len);
@@ -209,8 +221,11 @@ std::string make_stem_name(std::size_t number, std::string name) {
 }
 
 void Run::add_stems() {
-    std::error_code ec;
-    fs::create_directories(_settings.stem_folder, ec);
+    {
+        sys::UserPermissions const permissions;
+        std::error_code ec;
+        fs::create_directories(_settings.stem_folder, ec);
+    }
     for (int const track : _renderer->list_stems()) {
         auto const& name = _session.track_arr[static_cast<std::size_t>(track)].name;
         auto const path =
@@ -240,6 +255,15 @@ void Run::render() {
     }
 }
 
+void Run::plot() const {
+    if (!_settings.plot_path.empty()) {
+        char note[80];
+        std::snprintf(note, sizeof(note), "%.0f Hz, %s", _format.sample_freq,
+                      _format.get_name().c_str());
+        render::WaveformPlot::save(_settings.plot_path, *_envelope, _session.name, note);
+    }
+}
+
 double conv_to_db(double val) {
     return 20 * std::log10(val);
 }
@@ -265,6 +289,9 @@ RenderReport Run::make_report() const {
     report.cache->memory_len = (stat.cache.normal_len + stat.cache.rec_len) * 4LL;
     report.cache->max_nbr_cells = stat.max_cells;
     report.cache->nbr_slices = stat.nbr_slices;
+    report.cache->nbr_prefetches = stat.nbr_prefetches;
+    report.cache->nbr_cells_read = stat.nbr_cells_read;
+    report.cache->nbr_waits = stat.nbr_waits;
     report.block_times = _block_times;
     report.nbr_jobs = _settings.nbr_jobs;
     fill_losses(report);
@@ -311,14 +338,18 @@ void Run::fill_stems(RenderReport& report) const {
 
 } // namespace
 
-RenderReport RenderJob::run(Bundle& bundle, Settings const& settings, Warn const& warn,
-                            Progress const& progress) {
+RenderJob::Result RenderJob::run(Bundle& bundle, Settings const& settings, Warn const& warn,
+                                 Progress const& progress) {
+    if (!settings.plot_path.empty()) {
+        render::WaveformPlot::check_path(settings.plot_path);
+    }
     Run run(bundle, settings, progress);
     run.load(warn);
     run.convert();
     run.set_up();
     run.render();
-    return run.make_report();
+    run.plot();
+    return {run.make_report(), run.use_envelope()};
 }
 
 } // namespace ulk::host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/Bundle.h"
+#include "host/render/Envelope.h"
 #include "host/render/RenderReport.h"
 #include "host/session/Diagnostics.h"
 
@@ -28,6 +29,8 @@ public:
         bool best_flag = false;          // converts samples instead of interpolating
         std::string conversion_folder;   // where converted samples are kept
         bool strict_flag = false;        // nothing may be missing
+        std::string plot_path;           // picture of the mix, .png or .svg; empty for none
+        bool envelope_flag = false;      // the mix's outline is wanted
         bool measure_flag = true;        // the mix: levels, loudness and hash
     };
 
@@ -36,9 +39,13 @@ public:
     // What is to be told of the session before the work begins.
     using Warn = std::function<void(std::string const& txt)>;
 
+    struct Result {
+        render::RenderReport report;
+        std::optional<render::Envelope> envelope; // if asked for
+    };
     // Throws an Error; what was rendered until then is in the files.
-    static render::RenderReport run(Bundle& bundle, Settings const& settings, Warn const& warn,
-                                    Progress const& progress);
+    static Result run(Bundle& bundle, Settings const& settings, Warn const& warn,
+                      Progress const& progress);
 };
 
 } // namespace ulk::host

@@ -1,5 +1,6 @@
 #include "host/Error.h"
 #include "host/RenderJob.h"
+#include "host/render/WaveText.h"
 #include "tessitone/Commands.h"
 #include "tessitone/Progress.h"
 #include "ulk/sys/DescriptorOut.h"
@@ -9,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -21,6 +23,9 @@ using ulk::host::Error;
 using ulk::host::RenderJob;
 using ulk::host::render::OutputFormat;
 using ulk::host::render::RenderReport;
+using ulk::host::render::WaveText;
+
+constexpr int picture_width = 100; // characters
 
 struct Arguments {
     RenderJob::Settings settings;
@@ -29,8 +34,20 @@ struct Arguments {
     long cache_mb = 0;
     bool json_flag = false;
     bool quiet_flag = false;
+    bool picture_flag = false;
     std::string report_path;
 };
+
+bool is_locale_utf8() {
+    for (char const* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        char const* const val = std::getenv(name);
+        if (val != nullptr && val[0] != '\0') {
+            std::string const txt = val;
+            return txt.find("UTF-8") != std::string::npos || txt.find("utf8") != std::string::npos;
+        }
+    }
+    return false;
+}
 
 void write_report(std::string const& path, RenderReport const& report) {
     std::ofstream out(path);
@@ -42,7 +59,8 @@ void write_report(std::string const& path, RenderReport const& report) {
 }
 
 // Standard output belongs to the sound when that goes there.
-void print_report(Arguments const& args, RenderReport const& report) {
+void print_report(Arguments const& args, RenderJob::Result const& result) {
+    RenderReport const& report = result.report;
     if (!args.report_path.empty()) {
         write_report(args.report_path, report);
     }
@@ -51,6 +69,10 @@ void print_report(Arguments const& args, RenderReport const& report) {
         std::fprintf(out, "%s\n", report.make_json().dump(2).c_str());
     } else if (!args.quiet_flag) {
         std::fputs(report.print().c_str(), out);
+        if (result.envelope) {
+            std::fputs(WaveText::print(*result.envelope, picture_width, is_locale_utf8()).c_str(),
+                       out);
+        }
     }
 }
 
@@ -64,12 +86,13 @@ void render(Context const& context, Arguments& args) {
         settings.out_path =
             std::filesystem::path(settings.session_path).filename().replace_extension(".wav");
     }
+    settings.envelope_flag = args.picture_flag;
     ulk::sys::DescriptorOut::ignore_gone_readers();
     ulk::sys::Interrupt::install();
     ulk::host::Bundle bundle(context.find_bundle());
     std::unique_ptr<Progress> progress;
     std::string label;
-    RenderReport const report = RenderJob::run(
+    RenderJob::Result const result = RenderJob::run(
         bundle, settings,
         [&](std::string const& txt) {
             if (!args.quiet_flag) {
@@ -88,7 +111,8 @@ void render(Context const& context, Arguments& args) {
             return !ulk::sys::Interrupt::is_asked();
         });
     progress.reset();
-    print_report(args, report);
+    print_report(args, result);
+    RenderReport const& report = result.report;
     if (report.is_lossy(settings.strict_flag)) {
         throw Error(Error::Kind_LOST, report.stopped_flag
                                           ? "stopped; what was rendered is in the file"
@@ -152,6 +176,9 @@ void add_output_options(CLI::App& command, Arguments& args) {
     command.add_flag("--json", args.json_flag, "Print the report as JSON");
     command.add_option("--report", args.report_path, "Write the report to a JSON file")
         ->type_name("FILE");
+    command.add_option("--plot", settings.plot_path, "Draw the mix into a .png or .svg file")
+        ->type_name("FILE");
+    command.add_flag("--picture", args.picture_flag, "Draw the mix behind the report, too");
     command.add_flag("-q,--quiet", args.quiet_flag, "Print errors alone, and measure nothing");
 }
 

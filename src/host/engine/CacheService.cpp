@@ -1,6 +1,7 @@
 #include "host/engine/CacheService.h"
 
 #include "host/Error.h"
+#include "ulk/sacc/SplCacheStat.h"
 
 #include <string>
 
@@ -21,6 +22,13 @@ void CacheService::run_slices() {
         rest_flag = _cache.do_run_slice();
         ++_nbr_slices;
     }
+}
+
+long CacheService::count_requested_cells() const {
+    using sacc::SplCacheCell;
+    sacc::SplCacheStat stat;
+    _cache.collect_statistics(stat);
+    return stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_REQUESTED);
 }
 
 } // namespace ulk::host::engine

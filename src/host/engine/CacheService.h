@@ -41,6 +41,7 @@ public:
     sacc::SplFileMgr& use_file_mgr() { return _file_mgr; }
     // Writes all that is recorded and reads all that is asked for, outside of a pass.
     void run_slices();
+    long count_requested_cells() const; // that the next slices will read
     long long get_nbr_slices() const { return _nbr_slices; }
 
 private:

@@ -113,6 +113,7 @@ void Feeder::open_files(long len) {
 
 void Feeder::ask(long long id, Note::Range const& range) {
     if (range.beg < range.end && id != NotePlayer::no_id) {
+        ++_nbr_prefetches;
         _cache.use_cache().prefetch_data(_store.get_file_id(id), range.beg,
                                          static_cast<long>(range.end - range.beg));
     }

@@ -42,7 +42,8 @@ public:
     std::vector<Loss> const& use_dropped() const { return _dropped_arr; }
     std::vector<Loss> const& use_holes() const { return _hole_arr; }
     long long get_nbr_notes() const { return _nbr_notes; } // begun or dropped
-    long get_max_cells() const { return _max_cells; }      // that were needed at once
+    long long get_nbr_prefetches() const { return _nbr_prefetches; }
+    long get_max_cells() const { return _max_cells; } // that were needed at once
 
 private:
     struct PlayerState {
@@ -76,6 +77,7 @@ private:
     bool _ahead_flag = true; // there is room for all that voices ask for
     long _max_cells = 0;
     long long _nbr_notes = 0;
+    long long _nbr_prefetches = 0;
 };
 
 } // namespace ulk::host::engine

@@ -4,9 +4,10 @@
 #include "ulk/dsp/BasicMixing.h"
 #include "ulk/sacc/SplCacheIteratorWrite.h"
 #include "ulk/sacc/SplFileFmtDesc.h"
-#include "ulk/sys/PlainFile.h"
+#include "ulk/sys/UserPermissions.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace ulk::host::engine {
 
@@ -36,7 +37,8 @@ void Recorder::prepare_file() {
     if (auto const target = std::filesystem::canonical(_path, ec); !ec) {
         _path = target;
     }
-    sys::PlainFile::make(_path.c_str());
+    sys::UserPermissions const permissions;
+    std::ofstream(_path, std::ios::app);
 }
 
 Recorder::~Recorder() {

@@ -132,6 +132,9 @@ void Renderer::make_span(long len) {
         CacheService::Pass const pass(*_cache);
         _feeder->request(len);
     }
+    long const nbr_cells = _cache->count_requested_cells();
+    _stat.nbr_cells_read += nbr_cells;
+    _stat.nbr_waits += nbr_cells > 0 ? 1 : 0;
     _cache->run_slices();
     {
         CacheService::Pass const pass(*_cache);
@@ -148,6 +151,7 @@ void Renderer::make_span(long len) {
     }
     _stat.max_cells = _feeder->get_max_cells();
     _stat.nbr_slices = _cache->get_nbr_slices();
+    _stat.nbr_prefetches = _feeder->get_nbr_prefetches();
     _stat.nbr_notes = _feeder->get_nbr_notes();
 }
 

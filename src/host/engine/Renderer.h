@@ -30,14 +30,17 @@ public:
     };
 
     struct Stat {
-        long long nbr_frames = 0;   // made
-        bool complete_flag = false; // all of them
-        int max_sounding = 0;       // notes at once
-        long long nbr_notes = 0;    // within the span, dropped ones included
-        CacheService::Size cache{}; // its memory
-        long max_cells = 0;         // of it needed at once
-        long long nbr_slices = 0;   // in which the disk was read and written
-        double stem_deviation = 0;  // largest difference between the stems' sum and the mix
+        long long nbr_frames = 0;     // made
+        bool complete_flag = false;   // all of them
+        int max_sounding = 0;         // notes at once
+        long long nbr_notes = 0;      // within the span, dropped ones included
+        CacheService::Size cache{};   // its memory
+        long max_cells = 0;           // of it needed at once
+        long long nbr_slices = 0;     // in which the disk was read and written
+        long long nbr_prefetches = 0; // that were asked for ahead of the voices
+        long long nbr_cells_read = 0;
+        long long nbr_waits = 0;   // spans that needed the disk
+        double stem_deviation = 0; // largest difference between the stems' sum and the mix
     };
 
     // What takes the sound as it is made: one buffer a channel, len frames.
