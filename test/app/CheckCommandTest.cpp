@@ -163,6 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"unknown_writes", "commands", "unknown command [0-9]+ changed its record"},
         Case{"declared_refused", "pins", "in \\(1\\) out \\(1\\) is declared and not accepted"},
         Case{"refused_code", "pins-negotiate", "was refused, but SET_PIN_CONF returns -2"},
+        Case{"proposes_nothing", "pins-negotiate", "it accepts the question"},
         Case{"pins_no_room", "pins-room", "with no room returned 0"},
         Case{"value_range", "params", "stands at 1000000000.0+, out of its range"},
         Case{"text_code", "params-text", "with room for 2 characters returned -2"},

@@ -18,6 +18,7 @@
     FAULT(unknown_writes)                                                                          \
     FAULT(declared_refused)                                                                        \
     FAULT(refused_code)                                                                            \
+    FAULT(proposes_nothing)                                                                        \
     FAULT(pins_no_room)                                                                            \
     FAULT(value_range)                                                                             \
     FAULT(text_code)                                                                               \

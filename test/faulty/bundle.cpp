@@ -214,6 +214,10 @@ int Object::execute_pins(int cmd, void* data) {
         }
         return ret;
     }
+    if (fault == Fault_proposes_nothing && in.nbr_pins < 0) {
+        static_cast<CmdPlug::NegotiatePinConf*>(data)->result = CmdPlug::NegoResult_OK;
+        return 0;
+    }
     bool const mono_flag =
         in.nbr_pins == 1 && out.nbr_pins == 1 && in.chn_arr[0] == 1 && out.chn_arr[0] == 1;
     if (fault == Fault_declared_refused && mono_flag) {

@@ -36,6 +36,7 @@ public:
         }
     }
 
+    bool is_question() const { return _before.nbr_pins < 0; } // a negotiation without a wish
     bool is_intact() const { return !_area || _area->is_intact(); }
     bool is_frame_same() const { // all but the answer
         return _port.nbr_pins_max == _before.nbr_pins_max &&
@@ -201,7 +202,8 @@ int CheckingTap::run_pins(pibase::BidirComPoint& com, int cmd, Dsp::FullPinConf&
     if (cmd == CmdPlug::SET_PIN_CONF && !same_flag) {
         add(TestId_RECORDS, "changed the configuration that it was to take");
     }
-    if (cmd == CmdPlug::NEGOTIATE_PIN_CONF && !same_flag &&
+    bool const question_flag = port_arr[0].is_question() && port_arr[1].is_question();
+    if (cmd == CmdPlug::NEGOTIATE_PIN_CONF && !same_flag && !question_flag &&
         static_cast<CmdPlug::NegotiatePinConf*>(data)->result == CmdPlug::NegoResult_OK) {
         add(TestId_PINS_NEGOTIATE, "changed the configuration, and says that it did not");
     }

@@ -142,6 +142,28 @@ void check_wish(Session& session, Plugin& plugin, PinConf const& wish) {
     }
 }
 
+// A question for a configuration, with room for an answer.
+void check_proposal(Session& session, Plugin& plugin) {
+    constexpr long room = 16;
+    long in_arr[room + 1] = {};
+    long out_arr[room + 1] = {};
+    CmdPlug::NegotiatePinConf rec = {};
+    rec.conf.audio = {{{room, -1, in_arr}, {room, -1, out_arr}}};
+    plugin.send(CmdPlug::NEGOTIATE_PIN_CONF, &rec);
+    if (rec.result == CmdPlug::NegoResult_REFUSED) {
+        return; // it has no proposal
+    }
+    long const nbr_in = rec.conf.audio.port_arr[kryn::PinDir_IN].nbr_pins;
+    long const nbr_out = rec.conf.audio.port_arr[kryn::PinDir_OUT].nbr_pins;
+    if (nbr_in < 0 || nbr_in > room || nbr_out < 0 || nbr_out > room) {
+        session.findings.add(TestId_PINS_NEGOTIATE,
+                             plugin.get_id() + ": asked for a proposal, it accepts the question");
+        return;
+    }
+    check_set_and_get(session, TestId_PINS_NEGOTIATE, plugin,
+                      {{in_arr, in_arr + nbr_in}, {out_arr, out_arr + nbr_out}});
+}
+
 int get_pin_conf_in(Plugin& plugin, long capacity_in, long capacity_out, CmdPlug::GetPinConf& rec) {
     std::vector<long> in(static_cast<std::size_t>(capacity_in) + 1);
     std::vector<long> out(static_cast<std::size_t>(capacity_out) + 1);
@@ -223,6 +245,7 @@ void Scenarios::run_pins(Session& session) {
             check_set_and_get(session, TestId_PINS, plugin, conf);
             check_pins_room(session, plugin);
         }
+        check_proposal(session, plugin);
         for (int i = 0; i < 300; ++i) {
             check_wish(session, plugin, Subject::make_wish(dice));
         }

@@ -20,6 +20,9 @@ namespace fs = std::filesystem;
 
 constexpr long cell_len = 1024;
 constexpr long nbr_cells = 256;
+constexpr std::size_t pos_missing = 7; // of a sample that there is not, among eight
+constexpr std::size_t pos_stray = 6;   // of one that the cache does not know
+constexpr long stray_id = 1L << 30;
 
 // A file name that nobody has, gone at the end: what is open stays readable.
 class TemporaryName {
@@ -98,22 +101,40 @@ void SampleHost::load_all() {
     load();
 }
 
+int SampleHost::LentCache::do_prefetch_data(sacc::SplCacheFileId file_id, archi::Int64 pos,
+                                            long len) {
+    sys::RealTimeGuard::Pause const pause;
+    return _cache.prefetch_data(file_id, pos, len);
+}
+
+int SampleHost::LentCache::do_get_data(sacc::SplCacheFileId file_id, archi::Int64 pos, long len,
+                                       sacc::SplCacheIteratorRead& it) {
+    sys::RealTimeGuard::Pause const pause;
+    return _cache.get_data(file_id, pos, len, it);
+}
+
+int SampleHost::LentCache::do_push_data(sacc::SplCacheFileId file_id, long len,
+                                        sacc::SplCacheIteratorWrite& it) {
+    sys::RealTimeGuard::Pause const pause;
+    return _cache.push_data(file_id, len, it);
+}
+
 int SampleHost::do_execute(int cmd, void* data) {
     sys::RealTimeGuard::Pause const pause;
     switch (cmd) {
     case ace::baplug::CMD_VENDOR_USE_CACHE:
-        static_cast<ace::baplug::UseCache*>(data)->cache_ptr = &_cache;
+        static_cast<ace::baplug::UseCache*>(data)->cache_ptr = &_lent_cache;
         return ace::Err_OK;
     case ace::baplug::CMD_VENDOR_GET_SAMPLE_INFO: {
         _asked_flag = true;
         auto& info = *static_cast<ace::baplug::SampleInfo*>(data);
         auto const pos = static_cast<std::size_t>(info.sample_id) % 8;
-        if (pos == 7) {
+        if (pos == pos_missing) {
             return ace::Err_NOT_FOUND;
         }
         Sample const& sample = _sample_list[pos % _sample_list.size()];
         info.len = sample.len;
-        info.cache_id = sample.cache_id;
+        info.cache_id = pos == pos_stray ? stray_id : sample.cache_id;
         info.sample_freq = sample.sample_freq;
         info.nbr_chn = sample.nbr_chn;
         return ace::Err_OK;

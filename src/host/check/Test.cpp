@@ -50,7 +50,7 @@ constexpr Test test_arr[] = {
     {"describe-room",
      "DESCRIBE without room answers -14499 and writes nothing; just enough will do.",
      mask(Scenario_DESCRIBE)},
-    {"pins-negotiate", "What a negotiation accepts can be set; what it refuses cannot (-14480).",
+    {"pins-negotiate", "What a negotiation accepts or proposes can be set; what it refuses cannot.",
      mask(Scenario_PINS)},
     {"pins-room", "GET_PIN_CONF without room answers -14499; just enough will do.",
      mask(Scenario_PINS)},

@@ -85,6 +85,19 @@ TEST_F(TapePinTest, TellsItsPins) {
     EXPECT_EQ(-7, told.conf.audio.port_arr[1].nbr_pins);
 }
 
+TEST_F(TapePinTest, LooksAtTheRoomOfTheOutputsAlone) {
+    EXPECT_EQ(0, set({2, 1}, {2, 1}));
+    chn_in.assign(2, -5);
+    chn_out.assign(2, -5);
+    told.conf.audio = {{{0, -7, chn_in.data()}, {2, -7, chn_out.data()}}};
+    EXPECT_EQ(0, rig.send(Cmd::GET_PIN_CONF, &told));
+    EXPECT_EQ((Counts{2, 1}), chn_in);
+    EXPECT_EQ((Counts{2, 1}), chn_out);
+    told.conf.audio.port_arr[1].nbr_pins_max = 1;
+    told.conf.audio.port_arr[0].nbr_pins_max = 2;
+    EXPECT_EQ(-14499, rig.send(Cmd::GET_PIN_CONF, &told));
+}
+
 TEST_F(TapePinTest, RefusedPinsChangeNothing) {
     EXPECT_EQ(Err_INVALID_PIN_CONF, set({}, {17, 1, 1}));
     EXPECT_EQ(Err_INVALID_PIN_CONF, set({1, 1}, {1}));

@@ -257,7 +257,7 @@ public:
             ulk::sys::CritSec pass(store.mutex_rt);
             std::optional<RealTimeGuard> guard;
             if (guard_flag) {
-                guard.emplace(RealTimeGuard::Locks_ALLOWED);
+                guard.emplace(RealTimeGuard::Locks_UNCONTENDED);
             }
             ret = send(Cmd::PROCESS, &rec);
         }
