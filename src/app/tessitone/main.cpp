@@ -36,6 +36,7 @@ int run(int argc, char** argv) {
     tessitone::add_check_command(app, context);
     tessitone::add_validate_command(app);
     tessitone::add_render_command(app, context);
+    tessitone::add_collect_command(app);
     tessitone::add_info_command(app, context);
     try {
         app.parse(argc, argv);

@@ -1,5 +1,6 @@
 #include "host/session/Node.h"
 
+#include "host/session/QuotedText.h"
 #include "host/session/TextPos.h"
 
 #include <charconv>
@@ -17,16 +18,12 @@ std::string Node::describe() const {
     }
     if (auto const* const txt = std::get_if<std::string>(&val)) {
         std::size_t const end = TextPos::find_character(*txt, max_len);
-        return quote(txt->substr(0, end) + (end < txt->size() ? "..." : ""));
+        return QuotedText::quote(txt->substr(0, end) + (end < txt->size() ? "..." : ""));
     }
     if (std::holds_alternative<List>(val)) {
         return "a list";
     }
     return std::holds_alternative<Table>(val) ? "a table" : "something else";
-}
-
-std::string Node::quote(std::string_view txt) {
-    return std::string("\"").append(txt).append("\"");
 }
 
 std::string Node::print_number(double val) {

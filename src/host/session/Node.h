@@ -3,7 +3,6 @@
 #include "host/session/Session.h"
 
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -21,9 +20,6 @@ struct Node {
 
     // What it is, for messages: "a list", or the value itself.
     std::string describe() const;
-
-    // With quotes around it.
-    static std::string quote(std::string_view txt);
 
     // A number in the fewest digits that read back as the same.
     static std::string print_number(double val);

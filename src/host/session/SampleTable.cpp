@@ -5,21 +5,31 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace ulk::host::session {
 
-SampleTable::SampleTable(Session& session, Diagnostics& diagnostics)
+SampleTable::SampleTable(Session& session, Diagnostics& diagnostics,
+                         std::vector<PathUse>* use_arr_ptr)
     : _session(session)
-    , _diagnostics(diagnostics) {}
+    , _diagnostics(diagnostics)
+    , _use_arr_ptr(use_arr_ptr) {}
 
-std::string SampleTable::resolve(std::string const& file_path, std::string const& txt) {
-    return (std::filesystem::path(file_path).parent_path() / txt).string();
+void SampleTable::note(PathUse use) {
+    if (_use_arr_ptr != nullptr) {
+        _use_arr_ptr->push_back(std::move(use));
+    }
+}
+
+std::string SampleTable::resolve(Session::Place place, std::string const& txt) const {
+    std::filesystem::path const file = _session.file_arr[static_cast<std::size_t>(place.file)];
+    return (file.parent_path() / txt).string();
 }
 
 void SampleTable::add_name(std::string const& name, Session::Place place, std::string const& path) {
-    std::string const& file_path = _session.file_arr[static_cast<std::size_t>(place.file)];
-    _name_map.try_emplace(name, Name{resolve(file_path, path), place, path.empty()});
+    std::string const resolved = resolve(place, path);
+    note({PathUse::Kind::SAMPLE, place, resolved, name});
+    _name_map.try_emplace(name, Name{resolved, place, path.empty()});
 }
 
 int SampleTable::find(std::string const& txt, Session::Place place) {
@@ -29,8 +39,9 @@ int SampleTable::find(std::string const& txt, Session::Place place) {
         return find_path(it->second.path, place);
     }
     if (txt.find_first_of("./") != std::string::npos) {
-        return find_path(resolve(_session.file_arr[static_cast<std::size_t>(place.file)], txt),
-                         place);
+        std::string const path = resolve(place, txt);
+        note({PathUse::Kind::SAMPLE, place, path, ""});
+        return find_path(path, place);
     }
     std::vector<std::string_view> name_arr;
     if (!_diagnostics.is_full()) {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "host/session/Diagnostics.h"
-#include "host/session/Node.h"
+#include "host/session/PathUse.h"
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace ulk::host::session {
 
@@ -13,11 +14,14 @@ class SampleTable {
 public:
     static constexpr int none = -1;
 
-    // Adds to the sample_arr of session, and knows its file_arr. Both outlive the table.
-    SampleTable(Session& session, Diagnostics& diagnostics);
+    // Adds to the sample_arr of session, and knows its file_arr. Both outlive the table. Paths are
+    // noted in use_arr_ptr if it is not null.
+    SampleTable(Session& session, Diagnostics& diagnostics, std::vector<PathUse>* use_arr_ptr);
 
-    // The path that a text in a file of the session stands for.
-    static std::string resolve(std::string const& file_path, std::string const& txt);
+    void note(PathUse use);
+
+    // The path that a text at a place of the session stands for.
+    std::string resolve(Session::Place place, std::string const& txt) const;
 
     // A path that is empty is a mistake that was told before.
     void add_name(std::string const& name, Session::Place place, std::string const& path);
@@ -40,6 +44,7 @@ private:
 
     Session& _session;
     Diagnostics& _diagnostics;
+    std::vector<PathUse>* _use_arr_ptr;
     std::unordered_map<std::string, Name> _name_map;
     std::unordered_map<std::string, int> _path_map;
 };

@@ -20,6 +20,7 @@ struct SessionReader::Fields {
         {"channels", &SessionReader::read_channels}, {"tempo", &SessionReader::read_tempo},
         {"tail", &SessionReader::read_tail},         {"volume", &SessionReader::read_volume},
         {"samples", &SessionReader::read_samples},   {"track", &SessionReader::read_tracks, true},
+        {"$schema", &SessionReader::skip}, // for editors
     };
 };
 
@@ -30,20 +31,21 @@ Session SessionReader::load(std::string const& path) {
     return session;
 }
 
-Session SessionReader::load(std::string const& path, Diagnostics& diagnostics) {
+Session SessionReader::load(std::string const& path, Diagnostics& diagnostics,
+                            std::vector<PathUse>* use_arr_ptr) {
     Format const format = find_format(path);
-    return parse(TextFile::read(path), format, path, diagnostics);
+    return parse(TextFile::read(path), format, path, diagnostics, use_arr_ptr);
 }
 
 Session SessionReader::parse(std::string_view txt, Format format, std::string const& path,
-                             Diagnostics& diagnostics) {
+                             Diagnostics& diagnostics, std::vector<PathUse>* use_arr_ptr) {
     Session session;
     session.file_arr = {path};
     session.name = std::filesystem::path(path).stem().string();
     auto const root = format == Format::TOML ? TomlTree::parse(txt, 0, diagnostics)
                                              : JsonTree::parse(txt, 0, diagnostics);
     if (root) {
-        SessionReader(session, diagnostics).read(*root);
+        SessionReader(session, diagnostics, use_arr_ptr).read(*root);
     }
     diagnostics.sort();
     return session;
@@ -65,10 +67,11 @@ std::vector<std::string_view> SessionReader::get_field_names() {
     return get_names(Fields::list);
 }
 
-SessionReader::SessionReader(Session& session, Diagnostics& diagnostics)
+SessionReader::SessionReader(Session& session, Diagnostics& diagnostics,
+                             std::vector<PathUse>* use_arr_ptr)
     : _session(session)
     , _values(diagnostics)
-    , _samples(session, diagnostics) {}
+    , _samples(session, diagnostics, use_arr_ptr) {}
 
 void SessionReader::read(Node const& root) {
     read_fields(Fields::list, root, "a session", *this, _session, _values.use_diagnostics());
@@ -118,6 +121,8 @@ void SessionReader::read_samples(Node const& node, Session&) {
         _samples.add_name(field.name, field.node.place, path.value_or(""));
     }
 }
+
+void SessionReader::skip(Node const&, Session&) {}
 
 void SessionReader::read_tracks(Node const& node, Session& session) {
     TrackReader(session, _values, _samples).read(node);

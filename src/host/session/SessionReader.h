@@ -21,12 +21,13 @@ public:
     static Session load(std::string const& path);
 
     // The same, with all that is to be told in diagnostics, sorted. The session is whole if they
-    // have no error; its file_arr is in any case.
-    static Session load(std::string const& path, Diagnostics& diagnostics);
+    // have no error; its file_arr is in any case. use_arr_ptr: takes all paths, if not null.
+    static Session load(std::string const& path, Diagnostics& diagnostics,
+                        std::vector<PathUse>* use_arr_ptr = nullptr);
 
     // The same from a text. path: where it would stand.
     static Session parse(std::string_view txt, Format format, std::string const& path,
-                         Diagnostics& diagnostics);
+                         Diagnostics& diagnostics, std::vector<PathUse>* use_arr_ptr = nullptr);
 
     // By the ending of a path, .toml or .json. Throws an Error for all others.
     static Format find_format(std::string const& path);
@@ -36,7 +37,7 @@ public:
 private:
     struct Fields; // their list
 
-    SessionReader(Session& session, Diagnostics& diagnostics);
+    SessionReader(Session& session, Diagnostics& diagnostics, std::vector<PathUse>* use_arr_ptr);
 
     void read(Node const& root);
     void read_name(Node const& node, Session& session);
@@ -47,6 +48,7 @@ private:
     void read_volume(Node const& node, Session& session);
     void read_samples(Node const& node, Session& session);
     void read_tracks(Node const& node, Session& session);
+    void skip(Node const& node, Session& session);
 
     Session& _session;
     ValueReader _values;

@@ -12,8 +12,13 @@ namespace ulk::host::session {
 
 std::string TextFile::read(std::string const& path) {
     std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
+    auto const status = std::filesystem::status(path, ignored);
+    if (std::filesystem::is_directory(status)) {
         throw Error(Error::Kind_MATERIAL, path + ": is a folder");
+    }
+    // A pipe that nobody writes to would be waited for.
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Error(Error::Kind_MATERIAL, path + ": is no regular file");
     }
     std::ifstream file(path, std::ios::binary);
     if (!file.is_open()) {

@@ -1,5 +1,6 @@
 #include "host/session/TomlTree.h"
 
+#include "host/session/QuotedText.h"
 #include "host/session/TextPos.h"
 
 // A session is four levels deep; what is nested further is hostile to the stack.
@@ -21,27 +22,33 @@ Session::Place conv_place(toml::source_position const& pos, int file) {
     return {file, static_cast<int>(pos.line), static_cast<int>(pos.column)};
 }
 
-// Finds keys of very many parts, which the parser would follow into an overflow of the stack. It
-// need not understand the document, only skip texts and comments.
-class KeyCheck {
+// Finds what the parser is better not given: keys of very many parts, which it would follow into an
+// overflow of the stack, and letters outside of texts that the language has not, at some of which
+// its behaviour is undefined. It need not understand the document, only skip texts and comments.
+class TextCheck {
 public:
-    explicit KeyCheck(std::string_view txt)
+    struct Finding {
+        std::size_t offset;
+        std::string text;
+    };
+
+    explicit TextCheck(std::string_view txt)
         : _txt(txt) {}
 
-    // The offset of such a key's last part, if there is one.
-    std::optional<std::size_t> find() {
+    std::optional<Finding> find() const {
         int nbr_dots = 0;
-        for (; _pos < _txt.size(); ++_pos) {
-            char const c = _txt[_pos];
+        for (std::size_t pos = TextPos::get_bom_len(_txt); pos < _txt.size(); ++pos) {
+            char const c = _txt[pos];
             if (c == '"' || c == '\'') {
-                skip_text(c);
+                pos = QuotedText::find_end(_txt, pos) - 1;
             } else if (c == '#') {
-                _pos = std::min(_txt.find('\n', _pos), _txt.size());
+                pos = std::min(_txt.find('\n', pos), _txt.size());
                 nbr_dots = 0;
-            } else if (c == '.') {
-                if (++nbr_dots > max_nbr_dots) {
-                    return _pos;
-                }
+            } else if (static_cast<unsigned char>(c) >= 0x80) {
+                return Finding{pos, "this letter stands in quotes alone"};
+            } else if (c == '.' && ++nbr_dots > max_nbr_dots) {
+                return Finding{pos, "a name of more than " + std::to_string(max_nbr_dots) +
+                                        " parts; no field lies that deep"};
             } else if (std::string_view("\n,=[]{}").find(c) != std::string_view::npos) {
                 nbr_dots = 0;
             }
@@ -50,31 +57,7 @@ public:
     }
 
 private:
-    // Leaves the position at the last quote.
-    void skip_text(char quote) {
-        std::string_view const rest = _txt.substr(_pos);
-        bool const long_flag = rest.size() > 2 && rest[1] == quote && rest[2] == quote;
-        std::size_t const len = long_flag ? 3 : 1;
-        for (_pos += len; _pos < _txt.size(); ++_pos) {
-            char const c = _txt[_pos];
-            if (c == '\\' && quote == '"') {
-                ++_pos;
-            } else if (c == '\n' && !long_flag) {
-                return; // a mistake, which the parser tells
-            } else if (_txt.substr(_pos, len) == rest.substr(0, len)) {
-                _pos += len - 1;
-                // A long text may end in two quotes of its own.
-                for (int nbr = 0;
-                     long_flag && nbr < 2 && _txt.substr(_pos + 1, 1) == rest.substr(0, 1); ++nbr) {
-                    ++_pos;
-                }
-                return;
-            }
-        }
-    }
-
     std::string_view _txt;
-    std::size_t _pos = 0;
 };
 
 // Moves the content of the parser's tree over.
@@ -131,11 +114,10 @@ private:
 } // namespace
 
 std::optional<Node> TomlTree::parse(std::string_view txt, int file, Diagnostics& diagnostics) {
-    if (auto const offset = KeyCheck(txt).find()) {
+    if (auto const finding = TextCheck(txt).find()) {
         TextPos pos(txt, file);
-        pos.move(*offset);
-        diagnostics.error(pos.get_place(), "a name of more than " + std::to_string(max_nbr_dots) +
-                                               " parts; no field lies that deep");
+        pos.move(finding->offset);
+        diagnostics.error(pos.get_place(), finding->text);
         return std::nullopt;
     }
     try {

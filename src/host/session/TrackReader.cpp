@@ -27,6 +27,7 @@ struct TrackReader::Fields {
 TrackReader::TrackReader(Session& session, ValueReader& values, SampleTable& samples)
     : _session(session)
     , _values(values)
+    , _samples(samples)
     , _clips(values, samples)
     , _inserts(values, _references) {}
 
@@ -111,8 +112,8 @@ void TrackReader::read_clips(Node const& node, Track& track) {
 }
 
 void TrackReader::read_clip_list(std::string const& txt, Session::Place place, Track& track) {
-    std::string path =
-        SampleTable::resolve(_session.file_arr[static_cast<std::size_t>(place.file)], txt);
+    std::string path = _samples.resolve(place, txt);
+    _samples.note({PathUse::Kind::CLIP_LIST, place, path, ""});
     try {
         std::string const content = TextFile::read(path);
         int const file = static_cast<int>(_session.file_arr.size());

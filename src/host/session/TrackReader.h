@@ -40,6 +40,7 @@ private:
 
     Session& _session;
     ValueReader& _values;
+    SampleTable& _samples;
     ClipReader _clips;
     TrackReferences _references;
     InsertReader _inserts;

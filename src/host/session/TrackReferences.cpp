@@ -1,7 +1,7 @@
 #include "host/session/TrackReferences.h"
 
 #include "host/session/Nearest.h"
-#include "host/session/Node.h"
+#include "host/session/QuotedText.h"
 
 #include <cstddef>
 #include <string_view>
@@ -88,7 +88,7 @@ private:
     }
 
     std::string print_name(std::size_t track) const {
-        return Node::quote(_session.track_arr[track].name);
+        return QuotedText::quote(_session.track_arr[track].name);
     }
 
     Session const& _session;

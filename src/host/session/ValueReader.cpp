@@ -1,5 +1,7 @@
 #include "host/session/ValueReader.h"
 
+#include "host/session/QuotedText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -19,8 +21,8 @@ bool is_control(char c) {
 } // namespace
 
 void ValueReader::refuse(Node const& node, std::string_view name, std::string const& expected) {
-    _diagnostics.error(node.place,
-                       Node::quote(name) + " is " + expected + "; this is " + node.describe());
+    _diagnostics.error(node.place, QuotedText::quote(name) + " is " + expected + "; this is " +
+                                       node.describe());
 }
 
 std::optional<double> ValueReader::read_number(Node const& node, std::string_view name, double min,

@@ -16,7 +16,7 @@ protected:
         _session.file_arr = {"song.toml", "lists/clips.csv"};
         _diagnostics = {};
         ValueReader values(_diagnostics);
-        SampleTable samples(_session, _diagnostics);
+        SampleTable samples(_session, _diagnostics, nullptr);
         samples.add_name("kick", {0, 1, 1}, "kick.wav");
         ClipReader reader(values, samples);
         std::vector<Session::Clip> clip_arr;

@@ -250,6 +250,8 @@ TEST_F(SessionReaderTest, TellsWhereTheLanguageIsBroken) {
     EXPECT_EQ(0u,
               refuse("{\"rate\": 1e999}", Format::JSON).find("none:1:14: error: number overflow"));
     EXPECT_EQ(0u, refuse("\xEF\xBB\xBF{\"a\" 1}", Format::JSON).find("none:1:6: error: "));
+    EXPECT_EQ("none:2:8: error: this letter stands in quotes alone",
+              refuse("# \xC3\xA9\nname = \xC3\xA9"));
     EXPECT_EQ(0u, refuse("name = \"\xFF\"").find("none:1:"));
 }
 
