@@ -1,6 +1,7 @@
 #include "host/session/ClipReader.h"
 
-#include "host/session/Fields.h"
+#include "host/session/FieldDef.h"
+#include "host/session/TableReader.h"
 
 #include <utility>
 
@@ -27,18 +28,18 @@ void ClipReader::read(Node const& node, std::vector<Clip>& clip_arr) {
     Clip clip;
     clip.sample = SampleTable::none;
     clip.place = node.place;
-    read_fields(Fields::list, node, what, *this, clip, _values.use_diagnostics());
+    TableReader::read(Fields::list, node, what, *this, clip, _values.use_diagnostics());
     if (clip.sample != SampleTable::none) {
         clip_arr.push_back(std::move(clip));
     }
 }
 
 void ClipReader::check_name(std::string_view name, Session::Place place) {
-    session::check_name(Fields::list, name, place, what, _values.use_diagnostics());
+    TableReader::check_name(Fields::list, name, place, what, _values.use_diagnostics());
 }
 
 std::vector<std::string_view> ClipReader::get_field_names() {
-    return get_names(Fields::list);
+    return TableReader::get_names(Fields::list);
 }
 
 void ClipReader::read_sample(Node const& node, Clip& clip) {

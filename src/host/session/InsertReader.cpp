@@ -1,6 +1,7 @@
 #include "host/session/InsertReader.h"
 
-#include "host/session/Fields.h"
+#include "host/session/FieldDef.h"
+#include "host/session/TableReader.h"
 
 #include <set>
 #include <utility>
@@ -31,17 +32,17 @@ void InsertReader::read(Node const& node, std::vector<Insert>& insert_arr, int t
         _insert = static_cast<int>(insert_arr.size());
         Insert& insert = insert_arr.emplace_back();
         insert.place = elt.place;
-        read_fields(Fields::insert_list, elt, "an insert", *this, insert,
-                    _values.use_diagnostics());
+        TableReader::read(Fields::insert_list, elt, "an insert", *this, insert,
+                          _values.use_diagnostics());
     }
 }
 
 std::vector<std::string_view> InsertReader::get_field_names() {
-    return get_names(Fields::insert_list);
+    return TableReader::get_names(Fields::insert_list);
 }
 
 std::vector<std::string_view> InsertReader::get_automation_field_names() {
-    return get_names(Fields::automation_list);
+    return TableReader::get_names(Fields::automation_list);
 }
 
 void InsertReader::read_plugin(Node const& node, Insert& insert) {
@@ -67,8 +68,8 @@ void InsertReader::read_automation(Node const& node, Insert& insert) {
     }
     for (Node const& elt : *list) {
         Automation automation;
-        read_fields(Fields::automation_list, elt, "an automation", *this, automation,
-                    _values.use_diagnostics());
+        TableReader::read(Fields::automation_list, elt, "an automation", *this, automation,
+                          _values.use_diagnostics());
         add_automation(automation, insert);
     }
 }

@@ -88,10 +88,18 @@ private:
         return mark_flag ? pos + 1 : _txt.find_first_of(" \t\r\n,:{}[]", pos);
     }
 
+    // Whether one more value may come.
+    bool count() {
+        if (++_nbr_values > Node::max_nbr) {
+            _diagnostics.error(_pos.get_place(), Node::print_limit());
+        }
+        return _nbr_values <= Node::max_nbr;
+    }
+
     bool add(Val val) {
         go_to_token();
         put({_pos.get_place(), std::move(val)});
-        return true;
+        return count();
     }
 
     bool open(Val val) {
@@ -103,7 +111,7 @@ private:
         }
         _node_arr.push_back({_pos.get_place(), std::move(val)});
         _name_arr.emplace_back();
-        return true;
+        return count();
     }
 
     bool close() {
@@ -146,6 +154,7 @@ private:
     std::string_view _txt;
     TextPos _pos; // at the start of the last token, or of the text
     std::size_t _bom_len = TextPos::get_bom_len(_txt);
+    long _nbr_values = 0;
     bool _token_flag = false; // there is a last token
     Diagnostics& _diagnostics;
     Node _root;

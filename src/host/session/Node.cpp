@@ -26,6 +26,10 @@ std::string Node::describe() const {
     return std::holds_alternative<Table>(val) ? "a table" : "something else";
 }
 
+std::string Node::print_limit() {
+    return "more than " + std::to_string(max_nbr) + " values in one file; put clips into CSV files";
+}
+
 std::string Node::print_number(double val) {
     char buf[32];
     bool const plain_flag = std::abs(val) < 1e15 && val == std::floor(val);

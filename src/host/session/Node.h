@@ -10,6 +10,10 @@ namespace ulk::host::session {
 
 // A value in a session's file with its place, in whichever language it was written.
 struct Node {
+    // In one file; many more than a session has that a machine can play, and few enough for memory.
+    static constexpr long max_nbr = 5'000'000;
+    static std::string print_limit(); // the message of who met more
+
     struct Field;
     using List = std::vector<Node>;
     using Table = std::vector<Field>; // in the order of the file

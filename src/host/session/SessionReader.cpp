@@ -1,8 +1,9 @@
 #include "host/session/SessionReader.h"
 
 #include "host/Error.h"
-#include "host/session/Fields.h"
+#include "host/session/FieldDef.h"
 #include "host/session/JsonTree.h"
+#include "host/session/TableReader.h"
 #include "host/session/TempoReader.h"
 #include "host/session/TextFile.h"
 #include "host/session/TomlTree.h"
@@ -64,7 +65,7 @@ SessionReader::Format SessionReader::find_format(std::string const& path) {
 }
 
 std::vector<std::string_view> SessionReader::get_field_names() {
-    return get_names(Fields::list);
+    return TableReader::get_names(Fields::list);
 }
 
 SessionReader::SessionReader(Session& session, Diagnostics& diagnostics,
@@ -74,7 +75,7 @@ SessionReader::SessionReader(Session& session, Diagnostics& diagnostics,
     , _samples(session, diagnostics, use_arr_ptr) {}
 
 void SessionReader::read(Node const& root) {
-    read_fields(Fields::list, root, "a session", *this, _session, _values.use_diagnostics());
+    TableReader::read(Fields::list, root, "a session", *this, _session, _values.use_diagnostics());
     _samples.check_use();
 }
 

@@ -1,6 +1,7 @@
 #include "host/session/TempoReader.h"
 
-#include "host/session/Fields.h"
+#include "host/session/FieldDef.h"
+#include "host/session/TableReader.h"
 
 namespace ulk::host::session {
 
@@ -35,15 +36,15 @@ void TempoReader::read(Node const& node, ValueReader& values) {
 }
 
 std::vector<std::string_view> TempoReader::get_field_names() {
-    return get_names(Fields::list);
+    return TableReader::get_names(Fields::list);
 }
 
 void TempoReader::read_list(Node::List const& list) {
     for (std::size_t pos = 0; pos < list.size(); ++pos) {
         Change change;
         change.place = list[pos].place;
-        read_fields(Fields::list, list[pos], "a change of tempo", *this, change,
-                    _values.use_diagnostics());
+        TableReader::read(Fields::list, list[pos], "a change of tempo", *this, change,
+                          _values.use_diagnostics());
         if (pos > 0) {
             add_change(change);
             continue;

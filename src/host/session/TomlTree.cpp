@@ -23,8 +23,9 @@ Session::Place conv_place(toml::source_position const& pos, int file) {
 }
 
 // Finds what the parser is better not given: keys of very many parts, which it would follow into an
-// overflow of the stack, and letters outside of texts that the language has not, at some of which
-// its behaviour is undefined. It need not understand the document, only skip texts and comments.
+// overflow of the stack, letters outside of texts that the language has not, at some of which its
+// behaviour is undefined, and values without end. It need not understand the document, only skip
+// texts and comments.
 class TextCheck {
 public:
     struct Finding {
@@ -37,6 +38,7 @@ public:
 
     std::optional<Finding> find() const {
         int nbr_dots = 0;
+        long nbr_values = 0;
         for (std::size_t pos = TextPos::get_bom_len(_txt); pos < _txt.size(); ++pos) {
             char const c = _txt[pos];
             if (c == '"' || c == '\'') {
@@ -51,6 +53,10 @@ public:
                                         " parts; no field lies that deep"};
             } else if (std::string_view("\n,=[]{}").find(c) != std::string_view::npos) {
                 nbr_dots = 0;
+                nbr_values += c == ',' || c == '=' ? 1 : 0;
+            }
+            if (nbr_values > Node::max_nbr) {
+                return Finding{pos, Node::print_limit()};
             }
         }
         return std::nullopt;

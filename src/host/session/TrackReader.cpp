@@ -2,7 +2,8 @@
 
 #include "host/Error.h"
 #include "host/session/ClipList.h"
-#include "host/session/Fields.h"
+#include "host/session/FieldDef.h"
+#include "host/session/TableReader.h"
 #include "host/session/TextFile.h"
 
 #include <utility>
@@ -43,7 +44,7 @@ void TrackReader::read(Node const& node) {
         track.place = elt.place;
         track.name = "Track " + std::to_string(_track + 1);
         track.nbr_chn = _session.nbr_chn;
-        read_fields(Fields::list, elt, "a track", *this, track, _values.use_diagnostics());
+        TableReader::read(Fields::list, elt, "a track", *this, track, _values.use_diagnostics());
         check_name(track);
         _session.track_arr.push_back(std::move(track));
     }
@@ -51,7 +52,7 @@ void TrackReader::read(Node const& node) {
 }
 
 std::vector<std::string_view> TrackReader::get_field_names() {
-    return get_names(Fields::list);
+    return TableReader::get_names(Fields::list);
 }
 
 void TrackReader::check_name(Track const& track) {

@@ -302,6 +302,16 @@ TEST_F(SessionReaderTest, StaysFlatUnderDeepNesting) {
     parse("name = \"..............................................................\"\n[[track]]");
 }
 
+TEST_F(SessionReaderTest, StopsAtValuesWithoutEnd) {
+    std::string many;
+    for (long nbr = 0; nbr < Node::max_nbr + 10; ++nbr) {
+        many += "0,";
+    }
+    std::string const limit = "more than 5000000 values in one file; put clips into CSV files";
+    EXPECT_EQ("none:1:10000005: error: " + limit, refuse("a = [" + many + "0]"));
+    EXPECT_EQ("none:1:10000000: error: " + limit, refuse("[" + many + "0]", Format::JSON));
+}
+
 TEST_F(SessionReaderTest, CountsWhatItDoesNotKeep) {
     std::string txt = "[[track]]\nclips = [\n";
     for (int i = 0; i < 1000; ++i) {

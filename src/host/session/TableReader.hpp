@@ -1,28 +1,15 @@
 #pragma once
 
-#include "host/session/Diagnostics.h"
 #include "host/session/Nearest.h"
-#include "host/session/Node.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace ulk::host::session {
 
-// A field that a table may have, and the member of Reader that puts its value into a Target. The
-// fields of a table are read in the order of their list, whatever that of the file is.
-template <class Reader, class Target>
-struct FieldDef {
-    char const* name;
-    void (Reader::*read)(Node const&, Target&);
-    bool required_flag = false;
-};
-
 template <class FieldList>
-std::vector<std::string_view> get_names(FieldList const& list) {
+std::vector<std::string_view> TableReader::get_names(FieldList const& list) {
     std::vector<std::string_view> name_arr;
     for (auto const& field : list) {
         name_arr.push_back(field.name);
@@ -30,10 +17,9 @@ std::vector<std::string_view> get_names(FieldList const& list) {
     return name_arr;
 }
 
-// Tells of a field that is not in the list. what: the table, such as "a clip".
 template <class FieldList>
-void check_name(FieldList const& list, std::string_view name, Session::Place place,
-                char const* what, Diagnostics& diagnostics) {
+void TableReader::check_name(FieldList const& list, std::string_view name, Session::Place place,
+                             char const* what, Diagnostics& diagnostics) {
     auto const has_name = [name](auto const& field) { return field.name == name; };
     if (std::none_of(std::begin(list), std::end(list), has_name)) {
         std::string const hint = diagnostics.is_full() ? "" : Nearest::ask(name, get_names(list));
@@ -42,10 +28,9 @@ void check_name(FieldList const& list, std::string_view name, Session::Place pla
     }
 }
 
-// Reads a table, and tells of fields that are unknown or missing.
 template <class FieldList, class Reader, class Target>
-void read_fields(FieldList const& list, Node const& node, char const* what, Reader& reader,
-                 Target& target, Diagnostics& diagnostics) {
+void TableReader::read(FieldList const& list, Node const& node, char const* what, Reader& reader,
+                       Target& target, Diagnostics& diagnostics) {
     auto const* const table = std::get_if<Node::Table>(&node.val);
     if (table == nullptr) {
         diagnostics.error(node.place,
