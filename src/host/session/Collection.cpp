@@ -121,6 +121,7 @@ void Collection::copy(fs::path const& folder, Progress const& progress) {
         }
         ++_result.nbr_samples;
     }
+    progress(_result.nbr_samples, _result.nbr_samples);
 }
 
 void Collection::write_texts(fs::path const& folder) const {
