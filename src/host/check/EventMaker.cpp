@@ -95,13 +95,13 @@ void EventMaker::add_note(long timestamp, long nbr_spl) {
 
 void EventMaker::add_any(long nbr_spl) {
     static constexpr int unknown_arr[] = {0, 1, 2, 3, 4, 10, 255, -1, 0x7FFFFFFF};
+    long const timestamp = _dice.has_luck(20) ? 0 : _dice.roll(nbr_spl);
     if (_dice.has_luck(1)) { // more notes than most can play
-        for (int i = 0; i < 100; ++i) {
-            add_note(0, nbr_spl);
+        for (int note_id = 100; note_id < 200; ++note_id) {
+            add(Dsp::EventType_NOTE_ON, timestamp).note_id = note_id;
         }
         return;
     }
-    long const timestamp = _dice.has_luck(20) ? 0 : _dice.roll(nbr_spl);
     switch (_dice.roll(8)) {
     case 0:
         add(_dice.pick(unknown_arr), timestamp);
