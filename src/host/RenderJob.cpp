@@ -171,6 +171,10 @@ void Run::set_up() {
         throw Error(Error::Kind_USE, "--to " + *_settings.to + ": does not lie behind --from");
     }
     _renderer = std::make_unique<Renderer>(_bundle, _session, _info_arr, settings);
+    if (_settings.from && _renderer->get_len() == 0) {
+        throw Error(Error::Kind_USE,
+                    "--from " + *_settings.from + ": lies behind the end of the session");
+    }
     add_mix();
     if (!_settings.stem_folder.empty()) {
         add_stems();

@@ -1,6 +1,7 @@
 // The command line as a user meets it: what it prints, where, and how it exits.
 
 #include "host/SoundFileReader.h"
+#include "support/CommandRun.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -18,17 +19,10 @@
 
 namespace {
 
-struct Outcome {
-    int code;
-    std::string out;
-    std::string err;
-};
+using Outcome = test::CommandRun;
 
 std::string read_file(std::string const& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    return Outcome::read_file(path);
 }
 
 class CommandTest : public ::testing::Test {
@@ -41,19 +35,7 @@ protected:
     void TearDown() override { std::filesystem::remove_all(_folder); }
 
     // args go through the shell, so that redirections can stand in them.
-    Outcome run(std::string const& args) {
-        std::string const err_path = _folder + "/stderr";
-        std::string const command =
-            std::string("cd " + _folder + " && " BUILD_DIR "/tessitone ") + args + " 2>" + err_path;
-        FILE* const pipe = ::popen(command.c_str(), "r");
-        std::string out;
-        std::array<char, 4096> buf;
-        for (std::size_t n; (n = std::fread(buf.data(), 1, buf.size(), pipe)) > 0;) {
-            out.append(buf.data(), n);
-        }
-        int const status = ::pclose(pipe);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out, read_file(err_path)};
-    }
+    Outcome run(std::string const& args) { return Outcome::run(_folder, args); }
 
     std::string _folder;
 };

@@ -66,6 +66,7 @@ TEST_F(RenderCommandTest, SillyCommandLinesAreToldWhatToDo) {
              {ok + " --quality good", 1, "--quality"},
              {ok + " --from soon", 1, "--from soon: is no time"},
              {ok + " --from -1", 1, "--from -1: is no time"},
+             {ok + " --from 100", 1, "--from 100: lies behind the end of the session"},
              {ok + " --to 1 --from 2", 1, "--to 1: does not lie behind --from"},
              {ok + " --to '0|0'", 1, "--to 0|0: is no time"},
              {ok + " --tail -1", 1, "--tail -1: is no time"},
