@@ -288,7 +288,7 @@ RenderReport Run::make_report() const {
     report.nbr_notes = stat.nbr_notes - static_cast<long long>(_renderer->use_dropped().size());
     report.missing_samples = _missing_arr;
     report.max_nbr_voices = stat.max_sounding;
-    report.cache.emplace();
+    report.cache = RenderReport::Cache();
     report.cache->nbr_cells = stat.cache.get_nbr_cells();
     report.cache->memory_len = (stat.cache.normal_len + stat.cache.rec_len) * 4LL;
     report.cache->max_nbr_cells = stat.max_cells;
