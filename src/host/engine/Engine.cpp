@@ -10,6 +10,12 @@ namespace ulk::host::engine {
 
 using ace::Constants;
 
+namespace {
+
+constexpr std::size_t nbr_spans = 32; // of a fader in a block, as a rule
+
+} // namespace
+
 Engine::Engine(Bundle& bundle, Session const& session, NotePlan const& plan,
                NotePlan::Settings const& settings, HostInterface& host)
     : _bundle(bundle)
@@ -29,6 +35,9 @@ Engine::Engine(Bundle& bundle, Session const& session, NotePlan const& plan,
     }
     for (InsertNode& insert : _insert_arr) {
         start_insert(insert);
+    }
+    for (FaderLink const& fader : _fader_arr) {
+        _graph.use_gain(fader.link).reserve(nbr_spans);
     }
     _run_arr.reserve(static_cast<std::size_t>(_graph.get_nbr_nodes()));
 }

@@ -32,7 +32,8 @@ public:
     std::vector<std::unique_ptr<NotePlayer>> const& use_players() const { return _player_arr; }
     long long get_pos() const { return _pos; } // of the next block
 
-    // The next block, len frames of block_len at most. Within a pass of the cache.
+    // The next block, len frames of block_len at most. Within a pass of the cache. real-time with
+    // one thread, but for lists of events and gains, which grow to their largest size once.
     void process(long len, WorkerPool& pool);
 
     // Below: of the last block.

@@ -27,8 +27,7 @@ public:
            std::vector<SampleStore::Id> const& id_arr);
 
     // The frames behind the engine's position for which there are cells: max_len, or half of it so
-    // often as it takes, but whole blocks. Throws an Error that tells the size needed when that is
-    // not even one block.
+    // often as it takes, but whole blocks. 0 when there are not enough for one block.
     long find_span(long max_len, long block_len);
     // Control side, outside of a pass: lets go of the files of notes that are over, and opens those
     // of the notes that begin within the next len frames. Notes whose file fails are dropped.

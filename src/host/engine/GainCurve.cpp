@@ -11,9 +11,9 @@ constexpr long long far_pos = CurveLine::far_pos;
 constexpr double floor_db = -96;  // where a slope from or to silence begins or ends
 constexpr double quiet_db = -150; // below, nobody hears how a slope runs
 
-// A straight line of the factor over a step of 2 dB stays within 0.1 dB of one in dB.
-constexpr double step_db = 2;
-constexpr double max_ratio = 1.008; // of a straight line to what it stands for, or the other way
+// A straight line of the factor over a step of 1.5 dB stays within 0.1 dB of one in dB.
+constexpr double step_db = 1.5;
+constexpr double max_ratio = 1.005; // of a straight line to what it stands for, or the other way
 
 double conv_db_to_factor(double db) {
     return std::pow(10.0, db / 20);

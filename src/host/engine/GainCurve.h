@@ -27,6 +27,7 @@ public:
     // points: dB by seconds, none for 0 dB; they outlive the object. gain: dB, added.
     GainCurve(Curve const& points, double gain, double sample_freq, Fades const& fades);
 
+    double find_gain(long long pos) const { return find_gain(find_line(pos), pos); }
     // The piece that begins at pos, of max_len frames at most; max_len is 1 or more.
     Piece find_piece(long long pos, long max_len) const;
     // The same factor from pos on, for ever.

@@ -70,7 +70,7 @@ bool NotePlan::make_note(Note& note, Session::Clip const& clip, SampleFacts cons
     note.clip_end = src_end;
     if (clip.length < Session::to_the_end) {
         long long const off = conv_to_frames(clip.at + clip.length, freq) - _settings.first + lead;
-        if (off <= note.beg) {
+        if (off <= note.beg + lead) {
             return false;
         }
         if (off < src_end) {

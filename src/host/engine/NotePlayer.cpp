@@ -3,6 +3,7 @@
 #include "host/engine/CurveLine.h"
 
 #include "host/engine/Frames.h"
+#include "host/engine/NotePlan.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +22,9 @@ enum NoteParam : int {
     NoteParam_PAN = 6
 };
 constexpr double max_gain = 16;
+constexpr double max_ratio = 1.005;      // of a voice's volume to what it should be
+constexpr double quiet_gain = 3e-7;      // below what voices mix
+constexpr std::size_t nbr_events = 16;   // of a note in a block, as a rule
 constexpr double smoothing_time = 0.005; // s, that a jump of volume or pan takes
 
 } // namespace
@@ -31,7 +35,13 @@ NotePlayer::NotePlayer(std::vector<Note> const& note_arr, session::Session::Trac
     , _track(track)
     , _plugin(plugin)
     , _sample_freq(sample_freq)
-    , _id_arr(note_arr.size(), no_id) {}
+    , _id_arr(note_arr.size(), no_id) {
+    // Room for notes that all start in one block, or move at an ordinary pace.
+    std::size_t const nbr_live = std::min<std::size_t>(note_arr.size(), NotePlan::nbr_voices);
+    _live_arr.reserve(nbr_live);
+    _entry_arr.reserve(nbr_live * nbr_events);
+    _evt_arr.reserve(nbr_live * nbr_events);
+}
 
 kryn::PluginDsp::EventList NotePlayer::find_events(long len) {
     _entry_arr.clear();
@@ -42,9 +52,9 @@ kryn::PluginDsp::EventList NotePlayer::find_events(long len) {
         _live_arr.end());
     start_notes(len);
     for (Live& live : _live_arr) {
-        long long const end = std::min(_pos + len, _note_arr[live.note].end);
-        move_gain(live, end);
-        move_pan(live, end);
+        // Up to the block's end, also past that of the note: the last line would be stretched.
+        move_gain(live, _pos + len);
+        move_pan(live, _pos + len);
     }
     release_notes(len);
     _idle_flag = _live_arr.empty() && _entry_arr.empty();
@@ -70,7 +80,7 @@ void NotePlayer::start_note(std::size_t index) {
                          {conv_to_frames(clip.fade_in, _sample_freq),
                           conv_to_frames(clip.fade_out, _sample_freq),
                           note.clip_end - note.clip_beg});
-    double const norm = conv_gain(gain.find_piece(own, 1).beg);
+    double const norm = conv_gain(gain.find_gain(own));
     double const pan = CurveLine::find(clip.pan, _sample_freq, own).find_val(own);
     add_note_event(Dsp::EventType_NOTE_ON, note.beg, index);
     add_param(NoteParam_SAMPLE, note.beg, index, 0, 0, static_cast<double>(_id_arr[index]));
@@ -82,6 +92,31 @@ void NotePlayer::start_note(std::size_t index) {
     _live_arr.push_back({index, gain, {norm, note.beg + 1}, {pan, note.beg + 1}});
 }
 
+// Straight is what the plug-in's form of the volume is on its way, and not the factor; the two meet
+// wherever an event of another voice cuts the way.
+GainCurve::Piece NotePlayer::find_piece(GainCurve const& gain, long long own, long max_len) const {
+    auto piece = gain.find_piece(own, max_len);
+    while (piece.len > 1 && !is_followed(gain, own, piece)) {
+        piece = gain.find_piece(own, piece.len / 2);
+    }
+    return piece;
+}
+
+bool NotePlayer::is_followed(GainCurve const& gain, long long own,
+                             GainCurve::Piece const& piece) const {
+    if (piece.beg == piece.end) {
+        return true;
+    }
+    double const norm_beg = conv_gain(piece.beg);
+    double const slope = (conv_gain(piece.end) - norm_beg) / static_cast<double>(piece.len);
+    auto const is_near = [&](long frame) {
+        double const val = conv_norm(norm_beg + slope * static_cast<double>(frame));
+        double const wish = std::min(gain.find_gain(own + frame), max_gain);
+        return val <= wish * max_ratio + quiet_gain && wish <= val * max_ratio + quiet_gain;
+    };
+    return is_near(1) && is_near(piece.len / 2) && is_near(piece.len - 1);
+}
+
 // A voice moves in straight lines from one event to the next, so that the end of a change needs an
 // event as much as its start; what rests needs none. A jump is on its way for a while, and would
 // start anew with each event: there is none before it has arrived.
@@ -90,11 +125,11 @@ void NotePlayer::move_gain(Live& live, long long end) {
     Course& course = live.volume;
     while (course.next < end && !course.ended_flag) {
         long long const own = course.next - origin;
-        auto const piece = live.gain.find_piece(own, static_cast<long>(end - course.next));
+        auto const piece = find_piece(live.gain, own, static_cast<long>(end - course.next));
         double const norm_beg = conv_gain(piece.beg);
         bool const jump_flag = norm_beg != course.val;
         long const len = jump_flag ? find_smoothing_len() : piece.len;
-        double const gain_end = jump_flag ? live.gain.find_piece(own + len, 1).beg : piece.end;
+        double const gain_end = jump_flag ? live.gain.find_gain(own + len) : piece.end;
         tell(course, NoteParam_VOLUME, live.note, len, norm_beg, conv_gain(gain_end));
         course.ended_flag = course.rest_flag && live.gain.is_constant_from(own);
     }
@@ -169,6 +204,10 @@ void NotePlayer::add(long long frame, Dsp::Event& evt) {
 double NotePlayer::conv_gain(double gain) const {
     return _plugin.conv_param_nat_to_norm({kryn::ParamScope_NOTE, 0, NoteParam_VOLUME},
                                           std::min(gain, max_gain));
+}
+
+double NotePlayer::conv_norm(double norm) const {
+    return _plugin.conv_param_norm_to_nat({kryn::ParamScope_NOTE, 0, NoteParam_VOLUME}, norm);
 }
 
 long NotePlayer::find_smoothing_len() const {

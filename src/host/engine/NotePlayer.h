@@ -24,7 +24,8 @@ public:
     // played. To be told before the block in which the note begins.
     void set_sample_id(std::size_t note, long long id) { _id_arr[note] = id; }
 
-    // The events of the next block of len frames; good until the next call.
+    // The events of the next block of len frames; good until the next call. real-time as long as
+    // volumes move at an ordinary pace: the list grows to its largest size once
     Dsp::EventList find_events(long len);
     // Nothing sounds, nothing is to be done in the block that find_events() was for.
     bool is_idle() const { return _idle_flag; }
@@ -79,7 +80,10 @@ private:
     void add_param(int index, long long frame, std::size_t note, long ramp_len, double val_beg,
                    double val_end);
     void add(long long frame, Dsp::Event& evt);
+    GainCurve::Piece find_piece(GainCurve const& gain, long long own, long max_len) const;
+    bool is_followed(GainCurve const& gain, long long own, GainCurve::Piece const& piece) const;
     double conv_gain(double gain) const;
+    double conv_norm(double norm) const;
     long find_smoothing_len() const;
 
     std::vector<Note> const& _note_arr;

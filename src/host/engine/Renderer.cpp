@@ -2,6 +2,7 @@
 
 #include "host/Error.h"
 #include "ulk/dsp/BasicMixing.h"
+#include "ulk/sacc/SplFileFmtTools.h"
 
 #include <algorithm>
 #include <chrono>
@@ -88,7 +89,24 @@ CacheService::Size Renderer::find_cache_size() const {
             cell_len};
 }
 
+// The sizes in a WAV have 32 bits.
+void Renderer::check_file_len(Output const& output) const {
+    auto const frame_len =
+        sacc::SplFileFmtTools::get_nbr_bytes_per_sample(output.bit_fmt) * _session.nbr_chn;
+    long long const max_len = (0xFFFFFFFFLL - 64) / frame_len; // frames
+    if (!output.path.empty() && _len > max_len) {
+        throw Error(Error::Kind_USE,
+                    output.path + ": would be longer than the 4 GiB that a WAV file can hold, " +
+                        std::to_string(static_cast<long long>(static_cast<double>(max_len) /
+                                                              _settings.sample_freq)) +
+                        " s; render it in parts");
+    }
+}
+
 void Renderer::set_up() {
+    for (Output const& output : _output_arr) {
+        check_file_len(output);
+    }
     _cache = std::make_unique<CacheService>(find_cache_size());
     _store = std::make_unique<SampleStore>(*_cache, max_open_files);
     for (std::size_t sample = 0; sample < _fact_arr.size(); ++sample) {
@@ -114,6 +132,9 @@ void Renderer::run(Progress const& progress) {
     while (_stat.nbr_frames < _len && go_flag) {
         long long const rest = _len - _stat.nbr_frames + std::max(_skip - _engine->get_pos(), 0LL);
         long const span = _feeder->find_span(max_span, _settings.block_len);
+        if (span == 0) {
+            refuse_cache();
+        }
         make_span(static_cast<long>(std::min<long long>(span, rest)));
         go_flag = progress(_stat.nbr_frames);
         if (Clock::now() >= next_validation) {
@@ -123,6 +144,14 @@ void Renderer::run(Progress const& progress) {
     }
     close_files();
     _stat.complete_flag = _stat.nbr_frames >= _len;
+}
+
+// The size told is enough for all that is still to come.
+void Renderer::refuse_cache() const {
+    long const nbr_cells = _plan->find_nbr_cells(cell_len, _settings.block_len);
+    double const size = static_cast<double>(nbr_cells * cell_len) * 4 / 1e6;
+    throw Error(Error::Kind_USE, "the sample cache is too small for the voices at once: it needs " +
+                                     std::to_string(std::lround(std::ceil(size))) + " MB");
 }
 
 // Data first, then the blocks that need it, then what they gave to the disk.

@@ -85,9 +85,11 @@ private:
         std::unique_ptr<Recorder> recorder;
     };
 
+    void check_file_len(Output const& output) const;
     void set_up();
     long find_max_span() const;
     CacheService::Size find_cache_size() const;
+    [[noreturn]] void refuse_cache() const;
     void make_span(long len);
     void make_block(long len);
     void deliver(long skip, long len);

@@ -144,7 +144,8 @@ TEST(GainCurveTest, AFadeOnASlopeIsFollowedFromItsFirstFrame) {
 }
 
 TEST(GainCurveTest, AStraightFadeIsOnePiece) {
-    GainCurve const curve({}, 0, 48000, {1000, 0, 0});
+    Curve const points;
+    GainCurve const curve(points, 0, 48000, {1000, 0, 0});
     auto const piece = curve.find_piece(0, 1 << 20);
     EXPECT_EQ(1000, piece.len);
     EXPECT_EQ(0, piece.beg);
