@@ -19,6 +19,7 @@ struct Context {
 // ulk::host::Error on failure. context outlives the parsing.
 void add_check_command(CLI::App& app, Context& context);
 void add_collect_command(CLI::App& app);
+void add_completion_command(CLI::App& app);
 void add_describe_command(CLI::App& app, Context& context);
 void add_info_command(CLI::App& app, Context& context);
 void add_plugins_command(CLI::App& app, Context& context);

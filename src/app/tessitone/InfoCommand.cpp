@@ -1,33 +1,77 @@
+#include "host/Error.h"
 #include "host/Report.h"
+#include "host/WavInfo.h"
 #include "tessitone/Commands.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 namespace tessitone {
 
 namespace {
 
-void show_report(Context const& context, bool json_flag) {
-    auto const report = ulk::host::Report::make(context.find_bundle());
+using Json = nlohmann::ordered_json;
+
+struct Settings {
+    bool json_flag = false;
+    std::vector<std::string> path_arr;
+};
+
+void print_json(Json const& json) {
     // Names of files are bytes, and may be no UTF-8.
-    auto const handler = nlohmann::ordered_json::error_handler_t::replace;
-    std::string const txt =
-        json_flag ? report.dump(2, ' ', false, handler) + "\n" : ulk::host::Report::print(report);
-    std::fputs(txt.c_str(), stdout);
+    std::puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+void show_report(Context const& context, bool json_flag) {
+    Json const report = ulk::host::Report::make(context.find_bundle());
+    if (json_flag) {
+        print_json(report);
+    } else {
+        std::fputs(ulk::host::Report::print(report).c_str(), stdout);
+    }
+}
+
+void show_files(Settings const& settings) {
+    Json files = Json::array();
+    std::size_t nbr_unusable = 0;
+    for (auto const& path : settings.path_arr) {
+        Json const info = ulk::host::WavInfo::make(path);
+        nbr_unusable += !info["usable"].get<bool>();
+        if (settings.json_flag) {
+            files.push_back(info);
+        } else {
+            std::fputs(ulk::host::WavInfo::print(info).c_str(), stdout);
+        }
+    }
+    if (settings.json_flag) {
+        print_json({{"files", files}});
+    }
+    if (nbr_unusable > 0) {
+        std::fflush(stdout);
+        throw ulk::host::Error(ulk::host::Error::Kind_MATERIAL,
+                               "info: " + std::to_string(nbr_unusable) + " of " +
+                                   std::to_string(settings.path_arr.size()) +
+                                   " files cannot be used");
+    }
 }
 
 } // namespace
 
 void add_info_command(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("info", "Tell what to put into the report of a bug");
+    CLI::App* const command = app.add_subcommand(
+        "info", "Tell what is in WAV files; without any, what to put into the report of a bug");
     add_bundle_option(*command, context);
-    auto const json_flag = std::make_shared<bool>(false);
-    command->add_flag("--json", *json_flag, "Print JSON");
-    command->callback([&context, json_flag] { show_report(context, *json_flag); });
+    auto const settings = std::make_shared<Settings>();
+    command->add_flag("--json", settings->json_flag, "Print JSON");
+    command->add_option("files", settings->path_arr, "WAV files to read chunk by chunk")
+        ->type_name("FILE");
+    command->callback([&context, settings] {
+        settings->path_arr.empty() ? show_report(context, settings->json_flag)
+                                   : show_files(*settings);
+    });
 }
 
 } // namespace tessitone

@@ -38,6 +38,7 @@ int run(int argc, char** argv) {
     tessitone::add_render_command(app, context);
     tessitone::add_collect_command(app);
     tessitone::add_info_command(app, context);
+    tessitone::add_completion_command(app);
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {

@@ -55,7 +55,8 @@ std::string print_axis(double duration, int nbr_columns) {
                                                   std::max(nbr_columns - 1, 0)) +
                          scale_len;
         // A label that does not fit is left out.
-        if (pos >= line.size() && pos + mark.label.size() <= scale_len + nbr_columns + 4u) {
+        if (pos >= line.size() &&
+            pos + mark.label.size() <= static_cast<std::size_t>(scale_len + nbr_columns + 4)) {
             line.resize(pos, ' ');
             line += mark.label;
         }
