@@ -42,6 +42,7 @@ TEST_F(RenderCommandTest, SillyCommandLinesAreToldWhatToDo) {
     write("broken.toml", "rate = 48000\n[[track]\n");
     write("empty.toml", "");
     write("wrong.toml", "[[track]]\nclips = [{ sampel = \"samples/kick.wav\" }]\n");
+    write("insert.toml", "[[track]]\nclips = []\n[[track.inserts]]\nplugin = \"Reverb\"\n");
     struct Case {
         std::string args;
         int code;
@@ -57,6 +58,7 @@ TEST_F(RenderCommandTest, SillyCommandLinesAreToldWhatToDo) {
              {"empty.toml", 2, "empty.toml:1:1: error: "},
              {"wrong.toml", 2, "wrong.toml:2:12: error: "},
              {"wrong.toml", 2, "sample"},
+             {"insert.toml", 2, "insert.toml:3:"},
              {ok + " --format mp3", 1, "--format"},
              {ok + " --rate 0", 1, "--rate"},
              {ok + " --rate fast", 1, "--rate"},

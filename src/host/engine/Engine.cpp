@@ -93,10 +93,18 @@ PinConf Engine::find_insert_conf(Plugin& plugin, Session::Track const& track) co
                                           " channels");
 }
 
+std::unique_ptr<Plugin> Engine::make_insert(Session::Insert const& insert) {
+    try {
+        return make_plugin(insert.plugin.c_str(), nullptr);
+    } catch (Error const& e) {
+        throw Error(Error::Kind_MATERIAL, _session.tell(insert.place) + ": " + e.what());
+    }
+}
+
 void Engine::add_inserts(int track) {
     TrackNodes& nodes = use_nodes(track);
     for (Session::Insert const& insert : use_track(track).inserts) {
-        auto plugin = make_plugin(insert.plugin.c_str(), nullptr);
+        auto plugin = make_insert(insert);
         PinConf const conf = find_insert_conf(*plugin, use_track(track));
         plugin->set_pin_conf(conf);
         std::vector<ParamChange> change_arr;

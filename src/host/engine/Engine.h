@@ -71,6 +71,7 @@ private:
     void add_track(int track, NotePlan const& plan, HostInterface& host);
     void add_players(int track, NotePlan const& plan, HostInterface& host);
     void add_inserts(int track);
+    std::unique_ptr<Plugin> make_insert(Session::Insert const& insert);
     void connect_dry_sides();
     void connect_outputs();
     void add_output();
