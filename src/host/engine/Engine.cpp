@@ -182,6 +182,15 @@ void Engine::add_output() {
     _fader_arr.push_back({Fader(_session.volume, _settings.sample_freq), _mix_link});
 }
 
+void Engine::reserve_lists() {
+    for (auto const& player : _player_arr) {
+        player->reserve_lists(_settings.block_len);
+    }
+    for (FaderLink const& fader : _fader_arr) {
+        _graph.use_gain(fader.link).reserve(static_cast<std::size_t>(_settings.block_len));
+    }
+}
+
 void Engine::process(long len, WorkerPool& pool) {
     for (PlayerNode const& player : _player_node_arr) {
         _graph.set_events(player.node, player.player->find_events(len));

@@ -10,6 +10,7 @@
 #include "host/engine/NotePlayer.h"
 #include "host/engine/WorkerPool.h"
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -31,7 +32,14 @@ public:
 
     std::vector<std::unique_ptr<NotePlayer>> const& use_players() const { return _player_arr; }
     long long get_pos() const { return _pos; } // of the next block
+    // Calls fnc(place of the player, place of its note, source range) for what sounds within the
+    // next len frames. real-time, within a pass.
+    template <class F>
+    void walk_ranges(long len, F fnc) const;
 
+    // Makes room for whatever a block may bring, so that process() is real-time with one thread.
+    // Before the first block; for block lengths of live sound.
+    void reserve_lists();
     // The next block, len frames of block_len at most. Within a pass of the cache. real-time with
     // one thread, but for lists of events and gains, which grow to their largest size once.
     void process(long len, WorkerPool& pool);
@@ -100,5 +108,20 @@ private:
     std::vector<int> _run_arr; // nodes of a level that are not idle
     long long _pos = 0;
 };
+
+template <class F>
+void Engine::walk_ranges(long len, F fnc) const {
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        NotePlayer const& player = *_player_arr[index];
+        player.walk_sounding(_pos + len, [&](std::size_t place) {
+            Note const& note = player.use_note(place);
+            long long const a = std::max(_pos, note.beg);
+            long long const b = std::min(_pos + len, note.end);
+            if (a < b) {
+                fnc(index, place, note.find_range(a, b));
+            }
+        });
+    }
+}
 
 } // namespace ulk::host::engine

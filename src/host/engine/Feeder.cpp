@@ -1,7 +1,5 @@
 #include "host/engine/Feeder.h"
 
-#include "ulk/sacc/SplCacheIteratorRead.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -19,17 +17,10 @@ Feeder::Feeder(Engine& engine, CacheService& cache, SampleStore& store,
 // frames.
 template <class F>
 void Feeder::walk_ranges(long len, F fnc) const {
-    long long const beg = _engine.get_pos();
-    for (auto const& player : _engine.use_players()) {
-        player->walk_sounding(beg + len, [&](std::size_t index) {
-            Note const& note = player->use_note(index);
-            long long const a = std::max(beg, note.beg);
-            long long const b = std::min(beg + len, note.end);
-            if (a < b) {
-                fnc(note, player->get_sample_id(index), note.find_range(a, b));
-            }
-        });
-    }
+    _engine.walk_ranges(len, [&](std::size_t index, std::size_t place, Note::Range const& range) {
+        NotePlayer const& player = *_engine.use_players()[index];
+        fnc(player.use_note(place), player.get_sample_id(place), range);
+    });
 }
 
 long Feeder::count_cells(Note::Range const& range, int nbr_chn) const {
@@ -109,8 +100,7 @@ void Feeder::open_files(long len) {
 void Feeder::ask(long long id, Note::Range const& range) {
     if (range.beg < range.end && id != NotePlayer::no_id) {
         ++_nbr_prefetches;
-        _cache.use_cache().prefetch_data(_store.get_file_id(id), range.beg,
-                                         static_cast<long>(range.end - range.beg));
+        _store.prefetch(id, range);
     }
 }
 
@@ -125,25 +115,12 @@ void Feeder::request(long len) {
                 [this](Note const&, long long id, Note::Range const& range) { ask(id, range); });
 }
 
-long long Feeder::find_missing(long long id, Note::Range const& range) {
-    sacc::SplCacheIteratorRead it;
-    long long missing = range.end - range.beg;
-    if (missing <= 0) {
-        return 0;
-    }
-    _cache.use_cache().get_data(_store.get_file_id(id), range.beg, static_cast<long>(missing), it);
-    for (; it.is_rem_elt(); it.iterate()) {
-        missing -= it.get_data_len();
-    }
-    return missing;
-}
-
 void Feeder::check(long len) {
     walk_ranges(len, [&](Note const& note, long long id, Note::Range const& range) {
         if (id == NotePlayer::no_id) {
             return;
         }
-        double const missing = static_cast<double>(find_missing(id, range));
+        double const missing = static_cast<double>(_store.count_missing(id, range));
         if (missing > 0) {
             long long const beg = std::max(_engine.get_pos(), note.beg);
             auto const nbr_frames = std::llround(missing / static_cast<double>(note.rate));

@@ -61,7 +61,6 @@ private:
     Demand find_demand(long len) const;
     long count_cells(Note::Range const& range, int nbr_chn) const;
     void ask(long long id, Note::Range const& range);
-    long long find_missing(long long id, Note::Range const& range);
     void add_hole(Loss const& hole);
     void give_back_ended(NotePlayer const& player, PlayerState& state);
 

@@ -18,6 +18,9 @@ public:
     // The sample reader sounds a frame late, for any note: frame n of the session is made as the
     // engine's frame n - first + lead.
     static constexpr long long lead = 1;
+    // How long an engine runs unheard before the frame from which on it is wanted: hides the fades
+    // of notes that begin on their way.
+    static constexpr double pre_roll_time = 0.012; // s
 
     struct Settings {
         double sample_freq = 48000; // Hz

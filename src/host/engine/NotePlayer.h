@@ -27,6 +27,8 @@ public:
     // The events of the next block of len frames; good until the next call. real-time as long as
     // volumes move at an ordinary pace: the list grows to its largest size once
     Dsp::EventList find_events(long len);
+    // Makes room for all events of blocks of max_len frames, so that find_events() is real-time.
+    void reserve_lists(long max_len);
     // Nothing sounds, nothing is to be done in the block that find_events() was for.
     bool is_idle() const { return _idle_flag; }
     long long get_pos() const { return _pos; } // of the next block

@@ -14,9 +14,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double span_time = 0.25;      // s: data is asked for and read by such spans
-constexpr double pre_roll_time = 0.012; // s: hides the fades of notes that begin on their way
-constexpr long cell_len = 8192;         // floats
+constexpr double span_time = 0.25; // s: data is asked for and read by such spans
+constexpr long cell_len = 8192;    // floats
 constexpr long min_nbr_cells = 64;
 constexpr long long max_cache_len = 256LL << 20; // bytes, unless the user says otherwise
 constexpr int max_nbr_chn = 16;
@@ -37,7 +36,7 @@ Renderer::Renderer(Bundle& bundle, Session const& session, std::vector<SampleFac
     , _buf({session.nbr_chn, session.nbr_chn, session.nbr_chn}, settings.block_len) {
     double const freq = settings.sample_freq;
     long long const from = std::llround(settings.from * freq);
-    long long const first = std::max(from - std::llround(pre_roll_time * freq), 0LL);
+    long long const first = std::max(from - std::llround(NotePlan::pre_roll_time * freq), 0LL);
     _skip = from - first + NotePlan::lead;
     _plan_settings = {freq, settings.block_len, first};
     _plan = std::make_unique<NotePlan>(session, fact_arr, _plan_settings);

@@ -2,6 +2,7 @@
 
 #include "ulk/ace/Err.h"
 #include "ulk/ace/baplug/vendor_cmd.h"
+#include "ulk/sacc/SplCacheIteratorRead.h"
 
 namespace ulk::host::engine {
 
@@ -79,6 +80,24 @@ void SampleStore::close(Entry& entry) {
     _cache.use_cache().close_file(entry.file_id);
     entry.state = State::CLOSED;
     --_nbr_open;
+}
+
+void SampleStore::prefetch(Id id, Note::Range const& range) {
+    _cache.use_cache().prefetch_data(use(id).file_id, range.beg,
+                                     static_cast<long>(range.end - range.beg));
+}
+
+long long SampleStore::count_missing(Id id, Note::Range const& range) {
+    long long missing = range.end - range.beg;
+    if (missing <= 0) {
+        return 0;
+    }
+    sacc::SplCacheIteratorRead it;
+    _cache.use_cache().get_data(use(id).file_id, range.beg, static_cast<long>(missing), it);
+    for (; it.is_rem_elt(); it.iterate()) {
+        missing -= it.get_data_len();
+    }
+    return missing;
 }
 
 int SampleStore::do_execute(int cmd, void* data) {

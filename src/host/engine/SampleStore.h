@@ -2,6 +2,7 @@
 
 #include "host/HostInterface.h"
 #include "host/engine/CacheService.h"
+#include "host/engine/Note.h"
 #include "host/engine/NotePlan.h"
 #include "ulk/sacc/SplCacheFileId.h"
 
@@ -34,8 +35,12 @@ public:
     bool is_usable(Id id) const { return use(id).state != State::FAILED; }
     int get_nbr_open() const { return _nbr_open; }
 
-    // real-time: the cache's name of a sample that is held
-    sacc::SplCacheFileId get_file_id(Id id) const { return use(id).file_id; }
+    // Below: of a sample that is held. real-time, within a pass.
+
+    // Asks that source frames be brought into the cache's memory.
+    void prefetch(Id id, Note::Range const& range);
+    // How many of the source frames are not there.
+    long long count_missing(Id id, Note::Range const& range);
 
 protected:
     int do_execute(int cmd, void* data) override; // real-time

@@ -1,0 +1,206 @@
+#include "host/live/Deck.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace ulk::host::live {
+
+namespace {
+
+using engine::NotePlan;
+using engine::NotePlayer;
+
+// Ranges asked for in one pass: some microseconds of work.
+constexpr std::size_t demands_per_pass = 4;
+
+long long find_first(long long from, double sample_freq) {
+    return std::max(from - std::llround(NotePlan::pre_roll_time * sample_freq), 0LL);
+}
+
+} // namespace
+
+Deck::Deck(Material const& material, double sample_freq, long block_len, long long from)
+    : _material(material)
+    , _sample_freq(sample_freq)
+    , _block_len(block_len)
+    , _first(find_first(from, sample_freq))
+    , _frame(from)
+    , _skip(from - _first + NotePlan::lead)
+    , _plan(material.session, material.fact_arr, {sample_freq, block_len, _first})
+    , _engine(material.bundle, material.session, _plan, {sample_freq, block_len, _first},
+              material.store)
+    , _block_pos(block_len) {
+    _engine.reserve_lists();
+    for (auto const& player : _engine.use_players()) {
+        PlayerState state;
+        state.refused_arr.resize(player->get_nbr_notes());
+        state.lack_arr.resize(player->get_nbr_notes());
+        _player_arr.push_back(std::move(state));
+    }
+}
+
+Deck::~Deck() {
+    give_back_ended(Note::never * 2);
+}
+
+void Deck::feed(long len) {
+    long long pos = 0;
+    {
+        engine::CacheService::Pass const pass(_material.cache);
+        pos = _engine.get_pos();
+    }
+    give_back_ended(pos);
+    open_files(pos + len);
+    request(len);
+}
+
+void Deck::give_back_ended(long long pos) {
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        NotePlayer const& player = *_engine.use_players()[index];
+        auto& held_arr = _player_arr[index].held_arr;
+        auto const ended = std::partition(held_arr.begin(), held_arr.end(), [&](std::size_t note) {
+            return player.use_note(note).end >= pos;
+        });
+        for (auto note = ended; note != held_arr.end(); ++note) {
+            _material.store.give_back(player.get_sample_id(*note));
+        }
+        held_arr.erase(ended, held_arr.end());
+    }
+}
+
+void Deck::open_files(long long end) {
+    _opened_arr.clear();
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        NotePlayer const& player = *_engine.use_players()[index];
+        PlayerState& state = _player_arr[index];
+        for (; state.next < player.get_nbr_notes() && player.use_note(state.next).beg < end;
+             ++state.next) {
+            auto const sample = static_cast<std::size_t>(player.use_note(state.next).sample);
+            auto const id = _material.id_arr[sample];
+            if (_material.store.hold(id)) {
+                state.held_arr.push_back(state.next);
+                _opened_arr.push_back({index, state.next, id});
+            } else {
+                _material.store.give_back(id);
+                state.refused_arr[state.next] = true;
+            }
+        }
+    }
+    engine::CacheService::Pass const pass(_material.cache);
+    for (Opened const& opened : _opened_arr) {
+        _engine.use_players()[opened.player]->set_sample_id(opened.note, opened.id);
+    }
+}
+
+void Deck::request(long len) {
+    _demand_arr.clear();
+    {
+        engine::CacheService::Pass const pass(_material.cache);
+        _engine.walk_ranges(len, [this](std::size_t index, std::size_t note, auto const& range) {
+            auto const id = _engine.use_players()[index]->get_sample_id(note);
+            if (id != NotePlayer::no_id && range.beg < range.end) {
+                _demand_arr.push_back({id, range});
+            }
+        });
+    }
+    for (std::size_t beg = 0; beg < _demand_arr.size(); beg += demands_per_pass) {
+        std::size_t const end = std::min(beg + demands_per_pass, _demand_arr.size());
+        engine::CacheService::Pass const pass(_material.cache);
+        for (std::size_t index = beg; index < end; ++index) {
+            _material.store.prefetch(_demand_arr[index].id, _demand_arr[index].range);
+        }
+    }
+}
+
+bool Deck::is_loaded(long len) const {
+    bool loaded_flag = true;
+    engine::CacheService::Pass const pass(_material.cache);
+    _engine.walk_ranges(len, [&](std::size_t index, std::size_t note, auto const& range) {
+        auto const id = _engine.use_players()[index]->get_sample_id(note);
+        loaded_flag = loaded_flag &&
+                      (id == NotePlayer::no_id || _material.store.count_missing(id, range) == 0);
+    });
+    return loaded_flag;
+}
+
+bool Deck::pre_roll() {
+    if (_skip > 0) {
+        make_block();
+        _block_pos = static_cast<long>(std::min<long long>(_skip, _block_len));
+        _skip -= _block_pos;
+    }
+    return is_rolled();
+}
+
+void Deck::read(float* const* chn_arr, long len) {
+    int const nbr_chn = _material.session.nbr_chn;
+    for (long done = 0; done < len;) {
+        if (_block_pos == _block_len) {
+            make_block();
+            _block_pos = 0;
+        }
+        long const part = std::min(len - done, _block_len - _block_pos);
+        auto const& mix = _engine.use_mix();
+        for (int chn = 0; chn < nbr_chn; ++chn) {
+            if (mix.state == engine::Engine::Dsp::State_SIGNAL) {
+                std::copy_n(mix.chn_arr[chn] + _block_pos, part, chn_arr[chn] + done);
+            } else {
+                std::fill_n(chn_arr[chn] + done, part, 0.f);
+            }
+        }
+        done += part;
+        _block_pos += part;
+    }
+    _frame += len;
+}
+
+void Deck::make_block() {
+    count_lacks();
+    _engine.process(_block_len, _pool);
+}
+
+// What the block is about to play.
+void Deck::count_lacks() {
+    _engine.walk_ranges(_block_len, [this](std::size_t index, std::size_t note, auto const& range) {
+        Lack const lack = count_lack(*_engine.use_players()[index], note, range);
+        if (lack.len > 0) {
+            Lack& sum = _player_arr[index].lack_arr[note];
+            sum.beg = sum.beg < 0 ? lack.beg : sum.beg;
+            sum.len += lack.len;
+            _nbr_lost += lack.len;
+        }
+    });
+}
+
+// A note that has no file when it begins never plays.
+Deck::Lack Deck::count_lack(NotePlayer const& player, std::size_t place,
+                            Note::Range const& range) const {
+    Note const& note = player.use_note(place);
+    if (player.get_sample_id(place) == NotePlayer::no_id) {
+        return {note.beg, note.end - note.beg};
+    }
+    long long const missing = _material.store.count_missing(player.get_sample_id(place), range);
+    long long const beg = std::max(_engine.get_pos(), note.beg);
+    long long const len = std::min(_engine.get_pos() + _block_len, note.end) - beg;
+    double const frames = static_cast<double>(missing) / static_cast<double>(note.rate);
+    return {beg, std::min<long long>(std::llround(frames), len)};
+}
+
+std::vector<Deck::Loss> Deck::list_losses() const {
+    std::vector<Loss> loss_arr;
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        PlayerState const& state = _player_arr[index];
+        for (std::size_t place = 0; place < state.lack_arr.size(); ++place) {
+            Lack const& lack = state.lack_arr[place];
+            if (lack.beg >= 0) {
+                Note const& note = _engine.use_players()[index]->use_note(place);
+                double const time = static_cast<double>(lack.beg + _first) / _sample_freq;
+                loss_arr.push_back(
+                    {note.track, note.clip, time, lack.len, state.refused_arr[place]});
+            }
+        }
+    }
+    return loss_arr;
+}
+
+} // namespace ulk::host::live

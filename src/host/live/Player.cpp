@@ -1,0 +1,294 @@
+#include "host/live/Player.h"
+
+#include "host/Error.h"
+#include "host/engine/Frames.h"
+#include "ulk/sacc/SplCacheStat.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <map>
+
+namespace ulk::host::live {
+
+namespace {
+
+using engine::CacheService;
+
+constexpr long cell_len = 8192; // floats
+constexpr long min_nbr_cells = 64;
+constexpr long long max_cache_len = 512LL << 20; // bytes, unless the user says otherwise
+constexpr int max_open_files = 256;              // beyond those that sound
+constexpr int nbr_decks = 2;                     // that sound or wait for it
+constexpr auto serve_period = std::chrono::milliseconds(20);
+constexpr auto slice_period = std::chrono::milliseconds(5);
+
+} // namespace
+
+Player::Player(Bundle& bundle, session::Session const& session,
+               std::vector<engine::SampleFacts> const& fact_arr, Settings const& settings)
+    : _bundle(bundle)
+    , _session(session)
+    , _fact_arr(fact_arr)
+    , _settings(settings) {
+    find_cues();
+    _cache = std::make_unique<CacheService>(find_cache_size());
+    _store = std::make_unique<engine::SampleStore>(*_cache, max_open_files);
+    for (std::size_t sample = 0; sample < _fact_arr.size(); ++sample) {
+        _id_arr.push_back(_store->add(_session.sample_arr[sample].path, _fact_arr[sample]));
+    }
+    locate(settings.from);
+}
+
+Player::~Player() {
+    stop();
+}
+
+long Player::conv_len(double time) const {
+    return static_cast<long>(engine::conv_to_frames(time, _settings.sample_freq));
+}
+
+CacheService::Size Player::find_cache_size() const {
+    long nbr_cells = static_cast<long>(_settings.cache_len / 4 / cell_len);
+    if (nbr_cells == 0) {
+        engine::NotePlan const plan(_session, _fact_arr,
+                                    {_settings.sample_freq, _settings.block_len, 0});
+        long const most = static_cast<long>(max_cache_len / 4 / cell_len);
+        long const ahead = std::max(conv_len(_settings.ahead), _settings.block_len);
+        nbr_cells = std::min(nbr_decks * plan.find_nbr_cells(cell_len, ahead), most);
+    }
+    return {std::max(nbr_cells, min_nbr_cells) * cell_len, 0, cell_len};
+}
+
+void Player::find_cues() {
+    engine::NotePlan const plan(_session, _fact_arr,
+                                {_settings.sample_freq, _settings.block_len, 0});
+    _end = plan.get_end() + conv_len(_session.tail);
+    for (session::Session::Track const& track : _session.track_arr) {
+        for (session::Session::Clip const& clip : track.clips) {
+            _cue_arr.push_back(std::max(clip.at, 0.0));
+        }
+    }
+    std::sort(_cue_arr.begin(), _cue_arr.end());
+    _cue_arr.erase(std::unique(_cue_arr.begin(), _cue_arr.end()), _cue_arr.end());
+}
+
+// Below: who asks.
+
+void Player::locate(double time) {
+    {
+        std::lock_guard const lock(_wish_mutex);
+        _wish = std::max<long long>(conv_len(time), 0);
+        ++_nbr_wishes;
+    }
+    _wish_condition.notify_all();
+}
+
+void Player::set_pause(bool pause_flag) {
+    CacheService::Pass const pass(*_cache);
+    _pause_flag = pause_flag;
+}
+
+Player::State Player::find_state() {
+    sacc::SplCacheStat stat;
+    _cache->use_cache().collect_statistics(stat);
+    using sacc::SplCacheCell;
+    bool loading_flag = false;
+    {
+        std::lock_guard const lock(_wish_mutex);
+        loading_flag = _nbr_granted < _nbr_wishes;
+    }
+    CacheService::Pass const pass(*_cache);
+    State state = _state;
+    _state.peaks.fill(0);
+    state.playing_flag = _current != nullptr && !_pause_flag && !_finished_flag;
+    state.loading_flag = loading_flag;
+    state.finished_flag = _finished_flag && !loading_flag;
+    state.nbr_lost = _nbr_lost;
+    if (_current != nullptr) {
+        state.time = static_cast<double>(_current->deck->get_frame()) / _settings.sample_freq;
+        state.nbr_lost += _current->deck->get_nbr_lost();
+    }
+    state.nbr_cells = _cache->get_size().get_nbr_cells();
+    state.nbr_cells_full = stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
+    return state;
+}
+
+std::string Player::get_failure() {
+    std::lock_guard const lock(_wish_mutex);
+    return _failure;
+}
+
+// Below: the two threads.
+
+void Player::start() {
+    _slice_thread = std::thread([this] {
+        run_thread([this] {
+            if (!run_slices()) {
+                std::this_thread::sleep_for(slice_period);
+            }
+        });
+    });
+    _control_thread = std::thread([this] {
+        run_thread([this] {
+            serve();
+            wait_a_while();
+        });
+    });
+}
+
+void Player::stop() {
+    {
+        std::lock_guard const lock(_wish_mutex);
+        _stop_flag = true;
+    }
+    _wish_condition.notify_all();
+    for (std::thread* const thread : {&_control_thread, &_slice_thread}) {
+        if (thread->joinable()) {
+            thread->join();
+        }
+    }
+}
+
+void Player::run_thread(std::function<void()> const& work) {
+    auto const is_stopped = [this] {
+        std::lock_guard const lock(_wish_mutex);
+        return _stop_flag;
+    };
+    try {
+        while (!is_stopped()) {
+            work();
+        }
+    } catch (std::exception const& e) {
+        std::lock_guard const lock(_wish_mutex);
+        _failure = e.what();
+        _stop_flag = true;
+    }
+}
+
+void Player::wait_a_while() {
+    std::unique_lock lock(_wish_mutex);
+    _wish_condition.wait_for(lock, serve_period, [this] { return _wish || _stop_flag; });
+}
+
+bool Player::run_slices() {
+    return _cache->use_cache().do_run_slice();
+}
+
+// What plays is fed before what is to come.
+void Player::serve() {
+    remove_retired();
+    take_wish();
+    prepare_round();
+    for (auto const& slot : _slot_arr) {
+        slot->deck->feed(conv_len(_settings.ahead));
+    }
+    load_jump();
+}
+
+void Player::remove_retired() {
+    std::array<Slot*, _max_retired> retired_arr{};
+    {
+        CacheService::Pass const pass(*_cache);
+        std::swap(retired_arr, _retired_arr);
+        _nbr_retired = 0;
+    }
+    for (Slot* const slot : retired_arr) {
+        remove(slot);
+    }
+}
+
+void Player::remove(Slot* slot) {
+    if (slot == nullptr) {
+        return;
+    }
+    auto const losses = slot->deck->list_losses();
+    _loss_arr.insert(_loss_arr.end(), losses.begin(), losses.end());
+    std::erase_if(_slot_arr, [slot](auto const& entry) { return entry.get() == slot; });
+}
+
+Player::Slot* Player::make_deck(long long from) {
+    Deck::Material const material = {_bundle, _session, _fact_arr, _id_arr, *_cache, *_store};
+    auto deck = std::make_unique<Deck>(material, _settings.sample_freq, _settings.block_len, from);
+    Slot slot = {std::move(deck), std::max(_end, from), false};
+    if (_settings.loop) {
+        long long const loop_end = conv_len(_settings.loop->end);
+        slot.loop_flag = from < loop_end;
+        slot.end = slot.loop_flag ? loop_end : slot.end;
+    }
+    _slot_arr.push_back(std::make_unique<Slot>(std::move(slot)));
+    return _slot_arr.back().get();
+}
+
+void Player::take_wish() {
+    std::optional<long long> wish;
+    {
+        std::lock_guard const lock(_wish_mutex);
+        std::swap(wish, _wish);
+        _loading_wish = wish ? _nbr_wishes : _loading_wish;
+    }
+    if (wish) {
+        remove(_loading);
+        _loading = make_deck(*wish);
+        _deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                       std::chrono::duration<double>(_settings.patience));
+    }
+}
+
+// A jump begins when its first sounds are in memory.
+void Player::load_jump() {
+    if (_loading == nullptr ||
+        (!_loading->deck->is_loaded(conv_len(_settings.barrier)) && Clock::now() < _deadline)) {
+        return;
+    }
+    Slot* replaced = nullptr;
+    {
+        CacheService::Pass const pass(*_cache);
+        replaced = std::exchange(_next, _loading);
+        _jump_flag = true;
+        _finished_flag = false;
+    }
+    {
+        std::lock_guard const lock(_wish_mutex);
+        _nbr_granted = _loading_wish;
+    }
+    _loading = nullptr;
+    remove(replaced);
+}
+
+// The next round of a loop stands ready long before it begins.
+void Player::prepare_round() {
+    bool wanted_flag = false;
+    {
+        CacheService::Pass const pass(*_cache);
+        wanted_flag = _current != nullptr && _current->loop_flag && _next == nullptr;
+    }
+    if (!wanted_flag || _loading != nullptr) {
+        return;
+    }
+    Slot* const slot = make_deck(conv_len(_settings.loop->beg));
+    slot->deck->feed(conv_len(_settings.ahead));
+    CacheService::Pass const pass(*_cache);
+    _next = slot;
+    _jump_flag = false;
+}
+
+std::vector<Deck::Loss> Player::list_losses() {
+    while (!_slot_arr.empty()) {
+        remove(_slot_arr.back().get());
+    }
+    std::map<std::pair<int, int>, Deck::Loss> loss_map;
+    for (Deck::Loss const& loss : _loss_arr) {
+        auto const [place, new_flag] = loss_map.try_emplace({loss.track, loss.clip}, loss);
+        if (!new_flag) {
+            place->second.len += loss.len;
+        }
+    }
+    std::vector<Deck::Loss> loss_arr;
+    for (auto const& entry : loss_map) {
+        loss_arr.push_back(entry.second);
+    }
+    return loss_arr;
+}
+
+} // namespace ulk::host::live

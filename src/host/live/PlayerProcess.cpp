@@ -1,0 +1,133 @@
+// The real-time side of the player.
+
+#include "host/live/Player.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace ulk::host::live {
+
+namespace {
+
+constexpr float fade_time = 0.005f; // s, before a jump and around a pause
+
+} // namespace
+
+void Player::process(float* const* chn_arr, long len) {
+    auto const asked = Clock::now();
+    engine::CacheService::Pass const pass(*_cache);
+    auto const begun = Clock::now();
+    take_next(len);
+    play(chn_arr, len);
+    note_levels(chn_arr, len);
+    _stat.nbr_frames += len;
+    ++_stat.nbr_blocks;
+    _stat.waits.add(std::chrono::nanoseconds(begun - asked).count());
+    _stat.works.add(std::chrono::nanoseconds(Clock::now() - asked).count());
+}
+
+// What lies before the first frame of the next deck is made on the side, about as fast as the sound
+// goes on. A jump waits for the fade of what it leaves.
+void Player::take_next(long len) {
+    if (_next == nullptr) {
+        return;
+    }
+    if (!_next->deck->is_rolled()) {
+        for (long done = 0; done < len && !_next->deck->pre_roll(); done += _settings.block_len) {
+        }
+        return;
+    }
+    if (_jump_flag && (_current == nullptr || _gain == 0 || is_at_end())) {
+        change_deck();
+    }
+}
+
+bool Player::is_at_end() const {
+    return _current->end <= _current->deck->get_frame();
+}
+
+void Player::change_deck() {
+    if (_nbr_retired == _max_retired) {
+        return;
+    }
+    if (_current != nullptr) {
+        _nbr_lost += _current->deck->get_nbr_lost();
+        _retired_arr[_nbr_retired++] = _current;
+        ++_stat.nbr_jumps;
+    }
+    _current = std::exchange(_next, nullptr);
+    _jump_flag = false;
+    _finished_flag = false;
+    _gain = _pause_flag ? 0.f : 1.f;
+}
+
+void Player::play(float* const* chn_arr, long len) {
+    for (long done = 0; done < len;) {
+        bool const rest_flag = _current == nullptr || (_pause_flag && _gain == 0);
+        if (rest_flag || _finished_flag ||
+            (_current->end <= _current->deck->get_frame() && !start_next_round(len - done))) {
+            clear(chn_arr, done, len - done);
+            return;
+        }
+        long long const rest = _current->end - _current->deck->get_frame();
+        long const part = static_cast<long>(std::min<long long>(len - done, rest));
+        float* part_arr[16];
+        for (int chn = 0; chn < _session.nbr_chn; ++chn) {
+            part_arr[chn] = chn_arr[chn] + done;
+        }
+        _current->deck->read(part_arr, part);
+        fade(part_arr, part);
+        done += part;
+    }
+}
+
+// False when there is none: at the end, or since it is late.
+bool Player::start_next_round(long len) {
+    if (!_current->loop_flag) {
+        _finished_flag = _next == nullptr || !_jump_flag;
+        return false;
+    }
+    if (_next == nullptr || !_next->deck->is_rolled() || _jump_flag) {
+        _stat.nbr_late += len;
+        return false;
+    }
+    change_deck();
+    return true;
+}
+
+// Towards silence before a jump or in a pause, else towards full level, where it changes nothing.
+void Player::fade(float* const* chn_arr, long len) {
+    bool const down_flag =
+        _pause_flag || (_next != nullptr && _jump_flag && _next->deck->is_rolled());
+    if (_gain == 1 && !down_flag) {
+        return;
+    }
+    float const step =
+        (down_flag ? -1.f : 1.f) / (fade_time * static_cast<float>(_settings.sample_freq));
+    for (long pos = 0; pos < len; ++pos) {
+        _gain = std::clamp(_gain + step, 0.f, 1.f);
+        for (int chn = 0; chn < _session.nbr_chn; ++chn) {
+            chn_arr[chn][pos] *= _gain;
+        }
+    }
+}
+
+void Player::note_levels(float* const* chn_arr, long len) {
+    for (int chn = 0; chn < _session.nbr_chn; ++chn) {
+        float& peak = _state.peaks[static_cast<std::size_t>(chn)];
+        for (long pos = 0; pos < len; ++pos) {
+            peak = std::max(peak, std::fabs(chn_arr[chn][pos]));
+        }
+    }
+    _state.nbr_voices = _current != nullptr ? _current->deck->get_nbr_sounding() : 0;
+    _stat.max_voices = std::max(_stat.max_voices, _state.nbr_voices);
+}
+
+void Player::clear(float* const* chn_arr, long pos, long len) const {
+    for (int chn = 0; chn < _session.nbr_chn; ++chn) {
+        std::fill_n(chn_arr[chn] + pos, len, 0.f);
+    }
+}
+
+} // namespace ulk::host::live

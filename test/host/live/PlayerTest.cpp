@@ -1,0 +1,299 @@
+#include "host/live/Player.h"
+
+#include "host/engine/RenderRig.h"
+#include "support/RealTimeGuard.h"
+
+#include "ulk/sys/posix/SysCall.h"
+
+#include <filesystem>
+#include <thread>
+
+using namespace ulk::host;
+using live::Player;
+using test::RenderRig;
+
+namespace {
+
+constexpr double freq = 48000;
+constexpr long block_len = 256;
+
+// A session that plays for about three seconds, and a player that the test drives by hand.
+class LivePlayerTest : public ::testing::Test, public RenderRig {
+public:
+    void SetUp() override {
+        settings.block_len = block_len;
+        live.block_len = block_len;
+        int const mono = add_noise(1, 60000, freq);
+        int const stereo = add_noise(2, 90000, 44100);
+        int const one = add_track("one");
+        add_clip(one, mono, 0).fade_in = 0.1;
+        auto& pitched = add_clip(one, stereo, 0.5);
+        pitched.pitch = -3;
+        pitched.pan = {{0, -1}, {1, 1}};
+        int const two = add_track("two");
+        add_clip(two, mono, 1.5).volume = {{0, -20}, {0.5, 0}, {1, -40}};
+        session.track_arr[1].volume = {{0, 0}, {2, -12}};
+    }
+    void make_player() {
+        player = std::make_unique<Player>(bundle, session, fact_arr, live);
+        settle();
+    }
+    // What the two threads do, until there is nothing more to be done.
+    void settle() {
+        for (int round = 0; round < 3; ++round) {
+            player->serve();
+            while (player->run_slices()) {
+            }
+        }
+    }
+    Channels play(long len) {
+        Channels block(2, std::vector<float>(static_cast<std::size_t>(len), 99.f));
+        float* const chn_arr[] = {block[0].data(), block[1].data()};
+        {
+            test::RealTimeGuard const guard(test::RealTimeGuard::Locks_UNCONTENDED);
+            player->process(chn_arr, len);
+        }
+        return block;
+    }
+    // Blocks of the given lengths in turn, until len frames are there; serves in between.
+    Channels play_on(std::size_t len, std::vector<long> const& len_arr) {
+        Channels result(2);
+        for (std::size_t index = 0; result[0].size() < len; ++index) {
+            Channels const block = play(len_arr[index % len_arr.size()]);
+            for (std::size_t chn = 0; chn < 2; ++chn) {
+                result[chn].insert(result[chn].end(), block[chn].begin(), block[chn].end());
+            }
+            settle();
+        }
+        return result;
+    }
+    static void expect_same(Channels const& expected, std::size_t beg, Channels const& played,
+                            std::size_t pos, std::size_t len) {
+        for (std::size_t chn = 0; chn < 2; ++chn) {
+            for (std::size_t k = 0; k < len; ++k) {
+                std::size_t const place = beg + k;
+                float const wish = place < expected[chn].size() ? expected[chn][place] : 0.f;
+                ASSERT_EQ(wish, played[chn][pos + k]) << "frame " << k << ", channel " << chn;
+            }
+        }
+    }
+
+    Player::Settings live;
+    std::unique_ptr<Player> player;
+};
+
+// Every read takes its time.
+class SlowDisk : public ulk::sys::posix::SysCall::Filter {
+public:
+    using SysCall = ulk::sys::posix::SysCall;
+    explicit SlowDisk(int ms)
+        : _ms(ms)
+        , _prev_ptr(SysCall::set_filter(this)) {}
+    ~SlowDisk() override { SysCall::set_filter(_prev_ptr); }
+
+protected:
+    long do_check(SysCall::Op op, long) override {
+        if (op == SysCall::Op_READ) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(_ms));
+        }
+        return 0;
+    }
+
+private:
+    int _ms;
+    Filter* _prev_ptr;
+};
+
+} // namespace
+
+TEST_F(LivePlayerTest, PlaysWhatIsRenderedFrameForFrame) {
+    Channels const mix = render();
+    make_player();
+    EXPECT_FALSE(player->find_state().loading_flag);
+    play(block_len); // makes what lies before the first frame
+    Channels const played = play_on(mix[0].size() + 1000, {block_len});
+    expect_same(mix, 0, played, 0, mix[0].size() + 1000);
+    auto const state = player->find_state();
+    EXPECT_TRUE(state.finished_flag);
+    EXPECT_EQ(0, state.nbr_lost);
+    EXPECT_TRUE(player->list_losses().empty());
+    EXPECT_GE(player->use_stat().max_voices, 2);
+}
+
+TEST_F(LivePlayerTest, PlaysTheSameInBlocksOfAnyLength) {
+    Channels const mix = render();
+    make_player();
+    play(1);
+    Channels const played = play_on(mix[0].size(), {1, 255, 256, 257, 1000, 64, 3});
+    expect_same(mix, 0, played, 0, mix[0].size());
+    EXPECT_EQ(0, player->find_state().nbr_lost);
+}
+
+TEST_F(LivePlayerTest, StartsAnywhereAsTheRenderDoes) {
+    settings.from = live.from = 0.77;
+    Channels const mix = render();
+    make_player();
+    for (int block = 0; block < 3; ++block) { // 577 frames
+        play(block_len);
+    }
+    Channels const played = play_on(mix[0].size(), {block_len});
+    expect_same(mix, 0, played, 0, mix[0].size());
+}
+
+TEST_F(LivePlayerTest, JumpsToATimeAndPlaysOnFromThereAsRendered) {
+    settings.from = 2.25;
+    Channels const mix = render();
+    make_player();
+    play_on(20000, {block_len});
+    player->locate(2.25);
+    EXPECT_TRUE(player->find_state().loading_flag);
+    settle();
+    EXPECT_FALSE(player->find_state().loading_flag);
+    for (int block = 0; player->use_stat().nbr_jumps == 0; ++block) {
+        ASSERT_LT(block, 10);
+        play(block_len);
+    }
+    // The block in which the jump came is the first of the new sound.
+    EXPECT_NEAR(2.25 + block_len / freq, player->find_state().time, 1e-9);
+    Channels const played = play_on(mix[0].size() - block_len, {block_len});
+    expect_same(mix, block_len, played, 0, mix[0].size() - block_len);
+}
+
+TEST_F(LivePlayerTest, FadesOutBeforeAJump) {
+    int const sample = add_sample({std::vector<float>(200000, 0.5f)}, freq);
+    session.track_arr.clear();
+    add_clip(add_track("steady"), sample, 0);
+    make_player();
+    play_on(20000, {block_len});
+    player->locate(2);
+    settle();
+    Channels const played = play_on(20 * block_len, {block_len});
+    float step = 0;
+    long nbr_rising = 0;
+    for (std::size_t pos = 1; pos < played[0].size(); ++pos) {
+        float const change = played[0][pos] - played[0][pos - 1];
+        step = std::max(step, -change);
+        nbr_rising += change > 0 ? 1 : 0;
+    }
+    EXPECT_LT(step, 0.5f / 200);
+    EXPECT_EQ(1, nbr_rising); // the new sound begins at once
+}
+
+TEST_F(LivePlayerTest, GoesRoundALoopWithoutAGap) {
+    live.loop = Player::Loop{0.6, 1.7};
+    Channels const first = render();
+    settings.from = 0.6;
+    Channels const round = render();
+    make_player();
+    play(block_len);
+    auto const end = static_cast<std::size_t>(1.7 * freq);
+    auto const round_len = static_cast<std::size_t>(1.1 * freq + 0.5);
+    Channels const played = play_on(end + 3 * round_len, {block_len});
+    expect_same(first, 0, played, 0, end);
+    for (std::size_t k = 0; k < 3; ++k) {
+        expect_same(round, 0, played, end + k * round_len, round_len);
+    }
+    EXPECT_EQ(0, player->use_stat().nbr_late);
+}
+
+TEST_F(LivePlayerTest, PausesAndGoesOnWhereItStopped) {
+    make_player();
+    play(block_len);
+    play_on(30000, {block_len});
+    player->set_pause(true);
+    play_on(10 * block_len, {block_len});
+    double const time = player->find_state().time;
+    Channels const silence = play_on(10 * block_len, {block_len});
+    for (auto const& channel : silence) {
+        EXPECT_EQ(10 * block_len, std::count(channel.begin(), channel.end(), 0.f));
+    }
+    EXPECT_EQ(time, player->find_state().time);
+    EXPECT_FALSE(player->find_state().playing_flag);
+    Channels const mix = render();
+    player->set_pause(false);
+    Channels const played = play_on(20000, {block_len});
+    expect_same(mix, static_cast<std::size_t>(std::lround(time * freq)) + 300, played, 300, 19000);
+}
+
+TEST_F(LivePlayerTest, WhatIsNotThereInTimeIsSilenceThatIsCountedAndTimeGoesOn) {
+    session.track_arr.clear();
+    add_clip(add_track("steady"), add_sample({std::vector<float>(200000, 0.5f)}, freq), 0);
+    Channels const mix = render();
+    make_player();
+    play(block_len);
+    long long nbr_silent = 0;
+    std::size_t pos = 0;
+    bool back_flag = false;
+    for (; pos + block_len < 199000; pos += block_len) {
+        // Nobody reads from the disk from the start to the fourth second's beginning.
+        if (pos > 170000) {
+            settle();
+        }
+        Channels const block = play(block_len);
+        auto const state = player->find_state();
+        ASSERT_NEAR(static_cast<double>(pos + block_len) / freq, state.time, 1e-9);
+        for (std::size_t k = pos == 0 ? 64 : 0; k < block_len; ++k) {
+            nbr_silent += block[0][k] == 0 ? 1 : 0;
+            back_flag = block[0][k] == mix[0][pos + k];
+        }
+    }
+    EXPECT_TRUE(back_flag);
+    auto const losses = player->list_losses();
+    ASSERT_EQ(1u, losses.size());
+    EXPECT_EQ(0, losses[0].track);
+    EXPECT_EQ(0, losses[0].clip);
+    EXPECT_FALSE(losses[0].refused_flag);
+    EXPECT_GT(nbr_silent, 10000);
+    EXPECT_NEAR(static_cast<double>(nbr_silent), static_cast<double>(losses[0].len), 16);
+    EXPECT_GT(losses[0].time, 1);
+}
+
+TEST_F(LivePlayerTest, AClipWhoseFileOpensTooLateIsOneHole) {
+    live.ahead = 1;
+    make_player();
+    for (long pos = 0; pos < 200000; pos += block_len) {
+        play(block_len); // nobody serves
+    }
+    auto const losses = player->list_losses();
+    auto const loss = std::find_if(losses.begin(), losses.end(),
+                                   [](auto const& entry) { return entry.track == 1; });
+    ASSERT_NE(losses.end(), loss);
+    EXPECT_NEAR(1.5, loss->time, 1e-9);
+    EXPECT_GE(loss->len, 60000);
+    EXPECT_LT(loss->len, 61000);
+    EXPECT_FALSE(loss->refused_flag);
+}
+
+TEST_F(LivePlayerTest, AClipWhoseFileIsGoneIsTold) {
+    std::filesystem::remove(session.sample_arr[1].path);
+    make_player();
+    play(block_len);
+    play_on(4 * 48000, {block_len});
+    auto const losses = player->list_losses();
+    ASSERT_EQ(1u, losses.size());
+    EXPECT_TRUE(losses[0].refused_flag);
+    EXPECT_EQ(0, losses[0].track);
+    EXPECT_EQ(1, losses[0].clip);
+}
+
+TEST_F(LivePlayerTest, TheSoundWaitsForASlowDiskAndThenMatches) {
+    Channels const mix = render();
+    SlowDisk const disk(5);
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    player->start();
+    Channels played(2);
+    while (played[0].size() < mix[0].size()) {
+        Channels block(2, std::vector<float>(block_len));
+        float* const chn_arr[] = {block[0].data(), block[1].data()};
+        player->process(chn_arr, block_len);
+        bool const begun_flag = player->find_state().time > 0;
+        for (std::size_t chn = 0; chn < 2 && begun_flag; ++chn) {
+            played[chn].insert(played[chn].end(), block[chn].begin(), block[chn].end());
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(block_len * 1000000 / 48000));
+        ASSERT_EQ("", player->get_failure());
+    }
+    player->stop();
+    EXPECT_EQ(0u, player->list_losses().size());
+    expect_same(mix, 0, played, 0, mix[0].size());
+}
