@@ -44,6 +44,11 @@ NotePlayer::NotePlayer(std::vector<Note> const& note_arr, session::Session::Trac
 }
 
 kryn::PluginDsp::EventList NotePlayer::find_events(long len) {
+    if (_live_arr.empty() && _next_beg >= _pos + len) {
+        _idle_flag = true;
+        _pos += len;
+        return {nullptr, 0};
+    }
     _entry_arr.clear();
     // A voice leaves with the block in which its end lies.
     _live_arr.erase(
@@ -68,6 +73,7 @@ void NotePlayer::start_notes(long len) {
             start_note(_next);
         }
     }
+    _next_beg = _next < _note_arr.size() ? _note_arr[_next].beg : Note::never;
 }
 
 void NotePlayer::start_note(std::size_t index) {

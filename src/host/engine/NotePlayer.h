@@ -39,6 +39,9 @@ public:
         for (Live const& live : _live_arr) {
             fnc(live.note);
         }
+        if (_next_beg >= end) {
+            return;
+        }
         for (std::size_t note = _next; note < _note_arr.size() && _note_arr[note].beg < end;
              ++note) {
             fnc(note);
@@ -94,6 +97,7 @@ private:
     double _sample_freq;
     std::vector<long long> _id_arr; // by note
     std::size_t _next = 0;          // the next note to begin
+    long long _next_beg = 0;        // a frame before which none begins
     std::vector<Live> _live_arr;
     std::vector<Entry> _entry_arr;
     std::vector<Dsp::Event const*> _evt_arr;

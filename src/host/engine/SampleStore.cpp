@@ -30,7 +30,12 @@ SampleStore::Id SampleStore::add(std::string const& path, SampleFacts const& fac
 bool SampleStore::hold(Id id) {
     Entry& entry = use(id);
     ++entry.nbr_holds;
-    if (entry.state == State::CLOSED && !open(entry)) {
+    if (entry.state == State::CLOSED) {
+        // The system may refuse for the number of files alone.
+        while (!open(entry) && close_oldest()) {
+        }
+    }
+    if (entry.state == State::CLOSED) {
         entry.state = State::FAILED;
     }
     return entry.state == State::OPEN;
@@ -45,14 +50,22 @@ void SampleStore::give_back(Id id) {
         entry.resting_flag = true;
         _rest_list.push_back(id);
     }
-    while (_nbr_open > _max_open && !_rest_list.empty()) {
+    while (_nbr_open > _max_open && close_oldest()) {
+    }
+}
+
+// Of the files that nobody holds; false when there is none.
+bool SampleStore::close_oldest() {
+    while (!_rest_list.empty()) {
         Entry& oldest = use(_rest_list.front());
         _rest_list.pop_front();
         oldest.resting_flag = false;
         if (oldest.nbr_holds == 0 && oldest.state == State::OPEN) {
             close(oldest);
+            return true;
         }
     }
+    return false;
 }
 
 bool SampleStore::open(Entry& entry) {

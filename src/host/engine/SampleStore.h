@@ -62,6 +62,7 @@ private:
     bool is_known(Id id) const { return id > 0 && id <= static_cast<Id>(_entry_arr.size()); }
     bool open(Entry& entry);
     void close(Entry& entry);
+    bool close_oldest();
 
     CacheService& _cache;
     int _max_open;
