@@ -23,6 +23,7 @@ enum NoteParam : int {
 };
 constexpr double max_gain = 16;
 constexpr double max_ratio = 1.005;      // of a voice's volume to what it should be
+constexpr double floor_gain = 1.6e-5;    // -96 dB, where slopes from and to silence end
 constexpr double quiet_gain = 3e-7;      // below what voices mix
 constexpr std::size_t nbr_events = 16;   // of a note in a block, as a rule
 constexpr double smoothing_time = 0.005; // s, that a jump of volume or pan takes
@@ -132,7 +133,10 @@ void NotePlayer::move_gain(Live& live, long long end) {
     while (course.next < end && !course.ended_flag) {
         long long const own = course.next - origin;
         auto const piece = find_piece(live.gain, own, static_cast<long>(end - course.next));
-        double const norm_beg = conv_gain(piece.beg);
+        double norm_beg = conv_gain(piece.beg);
+        if (std::max(norm_beg, course.val) <= conv_gain(floor_gain)) {
+            norm_beg = course.val; // slopes from and to silence end in no jump that is heard
+        }
         bool const jump_flag = norm_beg != course.val;
         long const len = jump_flag ? find_smoothing_len() : piece.len;
         double const gain_end = jump_flag ? live.gain.find_gain(own + len) : piece.end;

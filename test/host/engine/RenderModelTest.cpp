@@ -149,7 +149,7 @@ TEST_P(RandomSessionTest, SoundsLikeTheModel) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomSessionTest, ::testing::Range(0u, 4u));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomSessionTest, ::testing::Range(0u, 12u));
 
 TEST_F(RenderModelTest, AFadeEndsWhereItShould) {
     session.file_arr = {"session"};
