@@ -11,10 +11,12 @@ namespace ulk::host::engine {
 // What a sample file holds; one without length cannot be used.
 using SampleFacts = session::SampleCheck::Info;
 
-// The clips of a session as notes, spread over players of 64 voices so that no note is lost.
+// The clips of a session as notes, spread over players so that no note is lost.
 class NotePlan {
 public:
-    static constexpr int nbr_voices = 64; // of a player
+    // That a player gets at once: fewer than the 64 voices that it has, so that threads can share
+    // the players of a busy track.
+    static constexpr int nbr_voices = 16;
     // The sample reader sounds a frame late, for any note: frame n of the session is made as the
     // engine's frame n - first + lead.
     static constexpr long long lead = 1;

@@ -150,19 +150,19 @@ TEST_F(NotePlanTest, NoPlayerNeedsMoreVoicesThanItHas) {
     }
 }
 
-TEST_F(NotePlanTest, OnePlayerForSixtyFourAtOnce) {
-    for (int count = 0; count < 64; ++count) {
+TEST_F(NotePlanTest, APlayerForEachSixteenAtOnce) {
+    for (int count = 0; count < 16; ++count) {
         add(0, 0);
     }
     EXPECT_EQ(1u, make().use_players(0).size());
     add(0, 0);
     EXPECT_EQ(2u, make().use_players(0).size());
-    for (int count = 65; count < 1000; ++count) {
+    for (int count = 17; count < 1000; ++count) {
         add(0, 0.9);
     }
-    EXPECT_EQ(16u, make().use_players(0).size());
+    EXPECT_EQ(63u, make().use_players(0).size());
     add(0, 3);
-    EXPECT_EQ(16u, make().use_players(0).size());
+    EXPECT_EQ(63u, make().use_players(0).size());
 }
 
 // The demand that is told is the true one's upper bound, and not far above.
