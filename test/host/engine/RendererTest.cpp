@@ -34,3 +34,20 @@ TEST_F(RendererTest, ClipsOfTheSessionsRateComeOutOnTheirFrame) {
     EXPECT_EQ(2, stat.nbr_notes);
     EXPECT_TRUE(holes.empty());
 }
+
+TEST_F(RendererTest, LongClipsNeedTheCacheForTheSpanAloneThatIsMade) {
+    int const sample = add_noise(1, 60 * 8000, 8000);
+    add_track("one", 1);
+    session.nbr_chn = 1;
+    settings.sample_freq = 8000;
+    auto& clip = add_clip(0, sample, 0);
+    settings.cache_len = 14LL << 20;
+    std::vector<double> nbr_cells_arr;
+    for (double const length : {30., 60.}) {
+        clip.length = length;
+        render();
+        nbr_cells_arr.push_back(static_cast<double>(stat.max_cells));
+    }
+    EXPECT_NEAR(nbr_cells_arr[0], nbr_cells_arr[1], 2); // spans begin anywhere in a cell
+    EXPECT_TRUE(holes.empty());
+}
