@@ -20,10 +20,13 @@ struct Context {
 void add_check_command(CLI::App& app, Context& context);
 void add_collect_command(CLI::App& app);
 void add_completion_command(CLI::App& app);
+void add_devices_command(CLI::App& app, Context& context);
 void add_describe_command(CLI::App& app, Context& context);
 void add_info_command(CLI::App& app, Context& context);
+void add_play_command(CLI::App& app, Context& context);
 void add_plugins_command(CLI::App& app, Context& context);
 void add_process_command(CLI::App& app, Context& context);
+void add_record_command(CLI::App& app, Context& context);
 void add_validate_command(CLI::App& app);
 void add_render_command(CLI::App& app, Context& context);
 

@@ -37,6 +37,9 @@ int run(int argc, char** argv) {
     tessitone::add_validate_command(app);
     tessitone::add_render_command(app, context);
     tessitone::add_collect_command(app);
+    tessitone::add_play_command(app, context);
+    tessitone::add_record_command(app, context);
+    tessitone::add_devices_command(app, context);
     tessitone::add_info_command(app, context);
     tessitone::add_completion_command(app);
     try {

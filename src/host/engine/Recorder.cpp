@@ -69,13 +69,13 @@ bool Recorder::push(float const* const* chn_arr, long len) {
 }
 
 // Only whole cells have been written.
-void Recorder::validate() {
+void Recorder::validate(long long nbr_frames) {
     check_blocks();
     if (_cache.use_cache().validate_new_data(_file_id) != 0) {
         throw Error(Error::Kind_IO, _path + ": writing failed");
     }
     long const cell_len = _cache.get_size().cell_len / _format.nbr_chn;
-    check_size(_nbr_pushed / cell_len * cell_len);
+    check_size(nbr_frames / cell_len * cell_len);
 }
 
 // The last, partly filled cell is written on closing: the file's size tells whether it was.

@@ -24,9 +24,10 @@ public:
     // memory left for them: some are lost.
     bool push(float const* const* chn_arr, long len);
     // Brings the file's headers up to date with what has been written, so that it can be read
-    // whatever happens. The slices have run since the last push. Throws an Error when the file has
-    // not grown as it should.
-    void validate();
+    // whatever happens. The slices have run since nbr_frames were pushed. Throws an Error when the
+    // file has not grown as it should.
+    void validate(long long nbr_frames);
+    long long get_nbr_pushed() const { return _nbr_pushed; } // frames; within a pass
     // Writes the rest, behind slices that have written all but the last cell. Throws an Error when
     // the file does not hold all that was pushed.
     void close();

@@ -243,7 +243,7 @@ void Renderer::validate_files() {
     _cache->run_slices();
     for (Output& output : _output_arr) {
         if (output.recorder != nullptr) {
-            output.recorder->validate();
+            output.recorder->validate(output.recorder->get_nbr_pushed());
         }
     }
 }

@@ -52,10 +52,11 @@ public:
         long long nbr_frames = 0; // asked for by the callback, pauses and waits included
         long long nbr_blocks = 0; // the same, calls
         int max_voices = 0;
-        long long nbr_late = 0;    // frames for which the next round of a loop was not ready
-        int nbr_jumps = 0;         // loops included
-        render::Percentiles waits; // of the callback, for the cache, ns
-        render::Percentiles works; // of the callback in all, ns
+        long long nbr_late = 0;       // frames for which the next round of a loop was not ready
+        long long nbr_long_waits = 0; // over a tenth of a block, below
+        int nbr_jumps = 0;            // loops included
+        render::Percentiles waits;    // of the callback, for the cache, ns
+        render::Percentiles works;    // of the callback in all, ns
     };
 
     // fact_arr: by sample. bundle and session outlive the object. Throws an Error.

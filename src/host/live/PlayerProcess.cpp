@@ -23,6 +23,8 @@ void Player::process(float* const* chn_arr, long len) {
     note_levels(chn_arr, len);
     _stat.nbr_frames += len;
     ++_stat.nbr_blocks;
+    std::chrono::duration<double> const wait = begun - asked;
+    _stat.nbr_long_waits += wait.count() * 10 * _settings.sample_freq > static_cast<double>(len);
     _stat.waits.add(std::chrono::nanoseconds(begun - asked).count());
     _stat.works.add(std::chrono::nanoseconds(Clock::now() - asked).count());
 }

@@ -129,7 +129,7 @@ TEST_F(RecorderTest, ACopyAtAnyTimeIsReadable) {
     long done = 0;
     for (long const end : {100L, 600L, 3000L, 9000L}) {
         ASSERT_TRUE(push(recorder, channels, done, end));
-        recorder.validate();
+        recorder.validate(recorder.get_nbr_pushed());
         std::filesystem::copy_file(_path, copy, std::filesystem::copy_options::overwrite_existing);
         auto const whole = static_cast<std::size_t>(end / (cell_len / 2) * (cell_len / 2));
         expect_same(channels, read(copy), whole, 0x1p-22);
@@ -168,7 +168,7 @@ TEST_F(RecorderTest, ARefusedWriteIsTold) {
                     failed_flag = fails([&] {
                         Recorder recorder(_cache, _path, {SplFileBitFmt_S16, 48000, 2});
                         ASSERT_TRUE(push(recorder, channels, 0, 5000));
-                        recorder.validate();
+                        recorder.validate(recorder.get_nbr_pushed());
                         ASSERT_TRUE(push(recorder, channels, 5000, 9000));
                         recorder.close();
                     });

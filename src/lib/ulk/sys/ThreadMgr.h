@@ -20,6 +20,10 @@ public:
     // Unique among the running threads and never get_invalid_thread_id().
     static unsigned long get_current_thread_id();
     static unsigned long get_invalid_thread_id();
+    // The calling thread, for is_real_time(); never 0. real-time
+    static unsigned long get_current_handle();
+    // Whether a running thread goes before all that are not so.
+    static bool is_real_time(unsigned long handle);
     static int count_nbr_logical_proc();           // 1 if the system doesn't tell
     static void set_thread_name(char const* name); // does nothing on this platform
     static int set_priority(Priority prio);        // of the calling thread. 0, or -2946

@@ -1,5 +1,6 @@
 #include "ulk/sys/ThreadMgr.h"
 
+#include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -24,6 +25,17 @@ unsigned long ThreadMgr::get_current_thread_id() {
 
 unsigned long ThreadMgr::get_invalid_thread_id() {
     return 0;
+}
+
+unsigned long ThreadMgr::get_current_handle() {
+    return pthread_self();
+}
+
+bool ThreadMgr::is_real_time(unsigned long handle) {
+    int policy = SCHED_OTHER;
+    sched_param param = {};
+    return pthread_getschedparam(handle, &policy, &param) == 0 &&
+           (policy == SCHED_FIFO || policy == SCHED_RR);
 }
 
 int ThreadMgr::count_nbr_logical_proc() {

@@ -1,0 +1,171 @@
+#include "host/Error.h"
+#include "host/live/DeviceModule.h"
+#include "host/live/PlayJob.h"
+#include "host/render/TimeText.h"
+#include "tessitone/Commands.h"
+#include "ulk/sys/DescriptorOut.h"
+#include "ulk/sys/Interrupt.h"
+#include "ulk/sys/KeyReader.h"
+#include "ulk/sys/Terminal.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+namespace tessitone {
+
+namespace {
+
+using ulk::host::Error;
+using ulk::host::live::Device;
+using ulk::host::live::DeviceModule;
+using ulk::host::live::Player;
+using ulk::host::live::PlayJob;
+using ulk::host::live::PlayReport;
+
+constexpr double watch_period = 0.1; // s
+
+struct Arguments {
+    PlayJob::Settings settings;
+    bool json_flag = false;
+};
+
+std::string find_folder(Context const& context) {
+    return std::filesystem::absolute(context.find_bundle()).parent_path();
+}
+
+PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
+    using ulk::sys::KeyReader;
+    if (ulk::sys::Interrupt::is_asked()) {
+        return PlayJob::Wish::STOP;
+    }
+    switch (keys.read(watch_period)) {
+    case ' ':
+        return PlayJob::Wish::PAUSE;
+    case 'n':
+        return PlayJob::Wish::NEXT;
+    case 'q':
+        return PlayJob::Wish::STOP;
+    case KeyReader::Key_LEFT:
+        return PlayJob::Wish::BACK;
+    case KeyReader::Key_RIGHT:
+        return PlayJob::Wish::FORTH;
+    default:
+        return PlayJob::Wish::NONE;
+    }
+}
+
+void show(Player::State const& state, long nbr_xruns, int nbr_chn) {
+    std::string levels;
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        auto const peak = static_cast<double>(state.peaks[static_cast<std::size_t>(chn)]);
+        char txt[16];
+        std::snprintf(txt, sizeof(txt), " %6.1f", 20 * std::log10(std::max(peak, 1e-6)));
+        levels += txt;
+    }
+    std::fprintf(stderr, "\r%s %s  %d voices %s dB  cache %ld/%ld  holes %lld  xruns %ld\x1b[K",
+                 state.loading_flag   ? "loading"
+                 : state.playing_flag ? "playing"
+                                      : "paused ",
+                 ulk::host::render::TimeText::print(state.time, 1).c_str(), state.nbr_voices,
+                 levels.c_str(), state.nbr_cells_full, state.nbr_cells, state.nbr_lost, nbr_xruns);
+    std::fflush(stderr);
+}
+
+void play(Context const& context, Arguments const& args) {
+    ulk::sys::Interrupt::install();
+    ulk::host::Bundle bundle(context.find_bundle());
+    DeviceModule devices(find_folder(context));
+    ulk::sys::KeyReader keys;
+    bool const show_flag = ulk::sys::Terminal::is_stderr_terminal();
+    int nbr_chn = 0;
+    PlayReport const report = PlayJob::run(
+        bundle, args.settings,
+        [&](Device::Settings const& settings) {
+            nbr_chn = settings.nbr_out;
+            return devices.open(settings);
+        },
+        [](std::string const& txt) { std::fputs(txt.c_str(), stderr); },
+        [&](Player::State const& state, long nbr_xruns) {
+            if (show_flag) {
+                show(state, nbr_xruns, nbr_chn);
+            }
+            return read_wish(keys);
+        });
+    if (show_flag) {
+        std::fputc('\n', stderr);
+    }
+    std::string const txt = args.json_flag ? report.make_json().dump(2) + "\n" : report.print();
+    std::fputs(txt.c_str(), stdout);
+    if (report.is_lossy()) {
+        throw Error(Error::Kind_LOST, "played, but not all was heard as it should be; see the "
+                                      "report");
+    }
+}
+
+void list_devices(Context const& context, bool json_flag) {
+    DeviceModule devices(find_folder(context));
+    auto json = nlohmann::json::array();
+    for (Device::Info const& info : devices.list_devices()) {
+        json.push_back({{"name", info.name},
+                        {"system", info.system},
+                        {"outputs", info.nbr_out},
+                        {"inputs", info.nbr_in},
+                        {"default", info.default_flag},
+                        {"rates", info.freq_arr}});
+        if (!json_flag) {
+            std::printf("%s (%s): %d out, %d in%s\n", info.name.c_str(), info.system.c_str(),
+                        info.nbr_out, info.nbr_in, info.default_flag ? ", default" : "");
+        }
+    }
+    if (json_flag) {
+        std::printf("%s\n", json.dump(2).c_str());
+    }
+    if (!devices.get_failure().empty()) {
+        std::fprintf(stderr, "tessitone: no sound devices: %s\n", devices.get_failure().c_str());
+    }
+}
+
+} // namespace
+
+void add_play_command(CLI::App& app, Context& context) {
+    CLI::App* const command = app.add_subcommand(
+        "play", "Play a session. Keys: space pauses, arrows jump 5 s, n goes to the next clip, q "
+                "stops");
+    auto const args = std::make_shared<Arguments>();
+    auto& settings = args->settings;
+    add_bundle_option(*command, context);
+    command->add_option("session", settings.session_path, "Session to play, TOML or JSON")
+        ->type_name("SESSION")
+        ->required();
+    command->add_option("--device", settings.device, "A device's name, or a part of it")
+        ->type_name("NAME");
+    command->add_option("--from", settings.from, "Begin there: 1.5, \"250 ms\", 1:02.5 or \"5|2\"")
+        ->type_name("T");
+    command->add_option("--loop", settings.loop, "Go round from A to B")
+        ->type_name("A B")
+        ->expected(2);
+    command
+        ->add_option("--rate", settings.sample_freq, "Sample rate in Hz; the session's by default")
+        ->type_name("N")
+        ->check(CLI::Range(8000, 384000));
+    command->add_option("--block", settings.block_len, "Block length in frames, as a wish")
+        ->type_name("N")
+        ->check(CLI::Range(16, 4096))
+        ->capture_default_str();
+    command->add_flag("--json", args->json_flag, "Print the report as JSON");
+    command->callback([&context, args] { play(context, *args); });
+}
+
+void add_devices_command(CLI::App& app, Context& context) {
+    CLI::App* const command = app.add_subcommand("devices", "List the sound devices");
+    auto const json_flag = std::make_shared<bool>(false);
+    add_bundle_option(*command, context);
+    command->add_flag("--json", *json_flag, "As JSON");
+    command->callback([&context, json_flag] { list_devices(context, *json_flag); });
+}
+
+} // namespace tessitone

@@ -1,0 +1,91 @@
+#include "host/Error.h"
+#include "host/live/DeviceModule.h"
+#include "host/live/RecordJob.h"
+#include "host/render/OutputFormat.h"
+#include "host/render/TimeText.h"
+#include "tessitone/Commands.h"
+#include "ulk/sys/Interrupt.h"
+#include "ulk/sys/KeyReader.h"
+#include "ulk/sys/Terminal.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+namespace tessitone {
+
+namespace {
+
+using ulk::host::Error;
+using ulk::host::live::Device;
+using ulk::host::live::DeviceModule;
+using ulk::host::live::RecordJob;
+using ulk::host::render::OutputFormat;
+using ulk::host::render::TimeText;
+
+constexpr double watch_period = 0.05; // s
+
+struct Arguments {
+    RecordJob::Settings settings;
+    std::string format = "s24";
+};
+
+void record(Context const& context, Arguments& args) {
+    args.settings.bit_fmt = OutputFormat::find_bit_fmt(args.format);
+    ulk::sys::Interrupt::install();
+    DeviceModule devices(std::filesystem::absolute(context.find_bundle()).parent_path());
+    ulk::sys::KeyReader keys;
+    bool const show_flag = ulk::sys::Terminal::is_stderr_terminal();
+    RecordJob::Result const result = RecordJob::run(
+        args.settings, [&](Device::Settings const& settings) { return devices.open(settings); },
+        [&](double time) {
+            if (show_flag) {
+                std::fprintf(stderr, "\rrecording %s (q stops)\x1b[K",
+                             TimeText::print(time, 1).c_str());
+            }
+            return keys.read(watch_period) != 'q' && !ulk::sys::Interrupt::is_asked();
+        });
+    if (show_flag) {
+        std::fputc('\n', stderr);
+    }
+    std::printf(
+        "%s: %s from %s, %lld frames lost, %ld xruns\n", args.settings.path.c_str(),
+        TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
+        result.device.c_str(), result.nbr_lost, result.nbr_xruns);
+    if (result.nbr_lost > 0 || result.nbr_xruns > 0) {
+        throw Error(Error::Kind_LOST, args.settings.path + ": recorded, but something was lost");
+    }
+}
+
+} // namespace
+
+void add_record_command(CLI::App& app, Context& context) {
+    CLI::App* const command =
+        app.add_subcommand("record", "Record from a sound device until q or Ctrl-C");
+    auto const args = std::make_shared<Arguments>();
+    auto& settings = args->settings;
+    add_bundle_option(*command, context);
+    command->add_option("output", settings.path, "WAV file to write")
+        ->type_name("OUT.wav")
+        ->required();
+    command->add_option("--device", settings.device, "A device's name, or a part of it")
+        ->type_name("NAME");
+    command->add_option("--channels", settings.nbr_chn, "Channels")
+        ->type_name("N")
+        ->check(CLI::Range(1, 16))
+        ->capture_default_str();
+    command->add_option("--format", args->format, "Samples of the file")
+        ->type_name("u8|s16|s24|s32|f32")
+        ->check(CLI::IsMember(OutputFormat::list_names()))
+        ->capture_default_str();
+    command->add_option("--rate", settings.sample_freq, "Sample rate in Hz")
+        ->type_name("N")
+        ->check(CLI::Range(8000, 384000))
+        ->capture_default_str();
+    command->add_option("--length", settings.len, "Stop after so many seconds")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, 1e6));
+    command->callback([&context, args] { record(context, *args); });
+}
+
+} // namespace tessitone

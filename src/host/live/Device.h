@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ulk::host::live {
+
+// A sound device that is open. Control side but where told.
+class Device {
+public:
+    // What there is.
+    struct Info {
+        std::string name;
+        std::string system; // ALSA, JACK and so on
+        int nbr_out = 0;    // channels
+        int nbr_in = 0;
+        bool default_flag = false; // what the system takes unless it is told
+        std::vector<int> freq_arr; // Hz
+    };
+    struct Settings {
+        std::string name; // as a user gives it; empty for the default
+        double sample_freq = 48000;
+        long block_len = 256; // a wish
+        int nbr_out = 0;      // channels
+        int nbr_in = 0;
+    };
+    // The next len frames in and out, a buffer a channel; null for none. real-time
+    using Callback =
+        std::function<void(float const* const* in_arr, float* const* out_arr, long len)>;
+
+    virtual ~Device() = default; // stops
+
+    virtual std::string get_name() const = 0;
+    virtual double get_sample_freq() const = 0;
+    virtual long get_block_len() const = 0; // as a rule
+    virtual void start(Callback const& callback) = 0;
+    virtual void stop() = 0;
+    virtual bool is_alive() const = 0; // false when it is gone, after start()
+    virtual long get_nbr_xruns() const = 0;
+    virtual bool is_real_time() const = 0; // the callback's thread has such a priority
+};
+
+// Where devices come from. Failures throw std::runtime_error.
+class DeviceSystem {
+public:
+    virtual ~DeviceSystem() = default;
+
+    virtual std::vector<Device::Info> list_devices() = 0;
+    virtual std::unique_ptr<Device> open(Device::Settings const& settings) = 0;
+};
+
+// What a module of devices exports as "tessitone_make_device_system". Null when that fails.
+using MakeDeviceSystem = DeviceSystem*();
+
+} // namespace ulk::host::live

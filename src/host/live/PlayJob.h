@@ -1,0 +1,37 @@
+#pragma once
+
+#include "host/live/Device.h"
+#include "host/live/PlayReport.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace ulk::host::live {
+
+// A session file played to a device: reads and checks it, plays and reports. Control side.
+class PlayJob {
+public:
+    struct Settings {
+        std::string session_path;
+        std::string device;                // empty for the default one
+        std::optional<double> sample_freq; // Hz, instead of the session's
+        long block_len = 256;              // frames
+        std::optional<std::string> from;   // times as in a session
+        std::vector<std::string> loop;     // none, or beginning and end
+    };
+    // What can be asked for while it plays.
+    enum class Wish { NONE, PAUSE, BACK, FORTH, NEXT, STOP };
+
+    using Open = std::function<std::unique_ptr<Device>(Device::Settings const&)>;
+    // Called some times a second, and may take as long: what is wanted next.
+    using Watch = std::function<Wish(Player::State const& state, long nbr_xruns)>;
+    // What is to be told before it begins, and in between.
+    using Warn = std::function<void(std::string const& txt)>;
+
+    // Throws an Error, also when the device goes away.
+    static PlayReport run(Bundle& bundle, Settings const& settings, Open const& open,
+                          Warn const& warn, Watch const& watch);
+};
+
+} // namespace ulk::host::live

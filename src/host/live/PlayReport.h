@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/live/Player.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+#include <vector>
+
+namespace ulk::host::live {
+
+// What came of playing a session.
+struct PlayReport {
+    struct Loss {
+        std::string place; // of the clip in its file
+        double time;       // s of the session
+        long long nbr_frames;
+        bool refused_flag; // its file cannot be used
+    };
+
+    std::string session; // path
+    std::string device;
+    double sample_freq = 0; // Hz
+    long block_len = 0;     // frames
+    Player::Stat stat;
+    std::vector<Loss> losses;
+    long nbr_xruns = 0;
+    bool real_time_flag = false;
+
+    // Something of the session was not heard as it should be.
+    bool is_lossy() const { return !losses.empty() || nbr_xruns > 0 || stat.nbr_late > 0; }
+    std::string print() const; // for people, some lines
+    nlohmann::json make_json() const;
+};
+
+} // namespace ulk::host::live

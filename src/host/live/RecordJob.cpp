@@ -1,0 +1,130 @@
+#include "host/live/RecordJob.h"
+
+#include "host/Error.h"
+#include "host/engine/Recorder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace ulk::host::live {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using engine::CacheService;
+
+constexpr double memory_time = 10; // s, for which the disk may rest
+constexpr long cell_len = 8192;    // floats
+constexpr auto validate_period = std::chrono::seconds(1);
+
+// The work of one run.
+class Run {
+public:
+    Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device);
+
+    void record(RecordJob::Watch const& watch);
+    RecordJob::Result close();
+
+private:
+    CacheService::Size find_cache_size() const;
+    void push(float const* const* chn_arr, long len);
+    long long write();
+
+    RecordJob::Settings const& _settings;
+    double _sample_freq;
+    long long _max_len; // frames
+    CacheService _cache;
+    engine::Recorder _recorder;
+    long long _nbr_frames = 0; // real-time side; the others read them within a pass
+    long long _nbr_lost = 0;
+    std::unique_ptr<Device> _device; // its callback ends before the rest
+};
+
+Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
+    : _settings(settings)
+    , _sample_freq(device->get_sample_freq())
+    , _max_len(std::llround(settings.len.value_or(0) * _sample_freq))
+    , _cache(find_cache_size())
+    , _recorder(_cache, settings.path, {settings.bit_fmt, _sample_freq, settings.nbr_chn})
+    , _device(std::move(device)) {
+    // A WAV file tells its length in 32 bits.
+    render::OutputFormat const format = {settings.bit_fmt, _sample_freq, settings.nbr_chn};
+    constexpr long long header_room = 1024;
+    long long const most =
+        (std::numeric_limits<std::uint32_t>::max() - header_room) / format.get_frame_len();
+    _max_len = settings.len ? std::min(_max_len, most) : most;
+}
+
+CacheService::Size Run::find_cache_size() const {
+    double const nbr_floats = memory_time * _sample_freq * _settings.nbr_chn;
+    return {cell_len, (static_cast<long>(nbr_floats) / cell_len + 3) * cell_len, cell_len};
+}
+
+// real-time
+void Run::push(float const* const* chn_arr, long len) {
+    CacheService::Pass const pass(_cache);
+    long const part = static_cast<long>(std::clamp<long long>(_max_len - _nbr_frames, 0, len));
+    if (part > 0) {
+        _recorder.push(chn_arr, part);
+        _nbr_frames += part;
+        _nbr_lost = _nbr_frames - _recorder.get_nbr_pushed();
+    }
+}
+
+// What has come so far, to the disk; tells how much that was.
+long long Run::write() {
+    long long nbr_frames = 0;
+    {
+        CacheService::Pass const pass(_cache);
+        nbr_frames = _recorder.get_nbr_pushed();
+    }
+    _cache.run_slices();
+    return nbr_frames;
+}
+
+void Run::record(RecordJob::Watch const& watch) {
+    _device->start(
+        [this](float const* const* in_arr, float* const*, long len) { push(in_arr, len); });
+    auto next_validation = Clock::now() + validate_period;
+    long long nbr_frames = 0;
+    while (_device->is_alive() && nbr_frames < _max_len &&
+           watch(static_cast<double>(nbr_frames) / _sample_freq)) {
+        nbr_frames = write();
+        if (Clock::now() >= next_validation) {
+            _recorder.validate(nbr_frames);
+            next_validation = Clock::now() + validate_period;
+        }
+    }
+}
+
+RecordJob::Result Run::close() {
+    bool const alive_flag = _device->is_alive();
+    _device->stop();
+    write();
+    _recorder.close();
+    if (!alive_flag) {
+        throw Error(Error::Kind_IO, "the sound device " + _device->get_name() +
+                                        " is gone; what was recorded until then is in " +
+                                        _settings.path);
+    }
+    return {_device->get_name(), _sample_freq, _nbr_frames - _nbr_lost, _nbr_lost,
+            _device->get_nbr_xruns()};
+}
+
+} // namespace
+
+RecordJob::Result RecordJob::run(Settings const& settings, Open const& open, Watch const& watch) {
+    Device::Settings wish;
+    wish.name = settings.device;
+    wish.sample_freq = settings.sample_freq;
+    wish.block_len = settings.block_len;
+    wish.nbr_in = settings.nbr_chn;
+    Run run(settings, open(wish));
+    run.record(watch);
+    return run.close();
+}
+
+} // namespace ulk::host::live

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "host/live/Device.h"
+#include "ulk/sacc/SplFileBitFmt.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace ulk::host::live {
+
+// What a device hears, written into a WAV file through the recording side of a sample cache. The
+// file's headers are brought up to date each second. Control side.
+class RecordJob {
+public:
+    struct Settings {
+        std::string path;
+        std::string device; // empty for the default one
+        int nbr_chn = 2;
+        double sample_freq = 48000; // Hz
+        long block_len = 256;       // frames, a wish
+        sacc::SplFileBitFmt bit_fmt = sacc::SplFileBitFmt_S24;
+        std::optional<double> len; // s; else until it is stopped
+    };
+    struct Result {
+        std::string device;
+        double sample_freq = 0;
+        long long nbr_frames = 0; // in the file
+        long long nbr_lost = 0;   // frames for which the disk was too slow
+        long nbr_xruns = 0;
+    };
+
+    using Open = std::function<std::unique_ptr<Device>(Device::Settings const&)>;
+    // Called some times a second with what is recorded, in s; may take a while. False to stop.
+    using Watch = std::function<bool(double time)>;
+
+    // Throws an Error; what was recorded until then is in the file, also when the device goes away.
+    static Result run(Settings const& settings, Open const& open, Watch const& watch);
+};
+
+} // namespace ulk::host::live

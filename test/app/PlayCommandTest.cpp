@@ -1,0 +1,69 @@
+// tessitone play, record and devices as a user meets them, on the device without sound.
+
+#include "support/CommandRun.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class PlayCommandTest : public ::testing::Test {
+protected:
+    PlayCommandTest() {
+        fs::copy(SOURCE_DIR "/examples", dir.get_path(), fs::copy_options::recursive);
+    }
+    test::CommandRun run(std::string const& args) {
+        return test::CommandRun::run(dir.get_path(), args);
+    }
+
+    test::TempDir dir;
+};
+
+constexpr char session[] = "03_rates_and_pitches.toml";
+
+} // namespace
+
+TEST_F(PlayCommandTest, PlaysASessionToItsEndAndReports) {
+    auto const rendered = run(std::string("render --json ") + session);
+    ASSERT_EQ(0, rendered.code) << rendered.err;
+    long long const len = nlohmann::json::parse(rendered.out)["frames"];
+    auto const played = run(std::string("play --device none --json ") + session);
+    auto const report = nlohmann::json::parse(played.out);
+    EXPECT_GE(report["frames"], len);
+    EXPECT_EQ("none", report["device"]);
+    EXPECT_EQ(256, report["block"]);
+    EXPECT_GE(report["voices_max"], 1);
+    EXPECT_FALSE(report["real_time"]);
+    EXPECT_NE(std::string::npos, played.err.find("rtprio"));
+    // A machine that is busy elsewhere may not keep the time.
+    bool const lossy_flag = report["xruns"] > 0 || !report["holes"].empty();
+    EXPECT_EQ(lossy_flag ? 3 : 0, played.code) << played.err;
+}
+
+TEST_F(PlayCommandTest, DevicesThatAreNotThereAreTold) {
+    auto const played = run(std::string("play --device 'no such' ") + session);
+    EXPECT_EQ(2, played.code);
+    EXPECT_NE(std::string::npos, played.err.find("tessitone devices")) << played.err;
+    auto const list = nlohmann::json::parse(run("devices --json").out);
+    EXPECT_TRUE(std::any_of(list.begin(), list.end(),
+                            [](auto const& info) { return info["name"] == "none"; }));
+}
+
+TEST_F(PlayCommandTest, RefusesTimesThatAreNone) {
+    auto const twisted = run(std::string("play --device none --loop 2 1 ") + session);
+    EXPECT_EQ(1, twisted.code);
+    EXPECT_NE(std::string::npos, twisted.err.find("--loop 2 1")) << twisted.err;
+    EXPECT_EQ(1, run(std::string("play --device none --from soon ") + session).code);
+    EXPECT_EQ(1, run(std::string("play --device none --block 5 ") + session).code);
+    EXPECT_NE(0, run("play --device none missing.toml").code);
+}
+
+TEST_F(PlayCommandTest, RecordsAsLongAsAsked) {
+    auto const outcome = run("record take.wav --device none --length 0.5 --format s16");
+    EXPECT_TRUE(outcome.code == 0 || outcome.code == 3) << outcome.err;
+    EXPECT_EQ(44u + 24000 * 4, fs::file_size(dir.get_path() / "take.wav"));
+    EXPECT_EQ(4, run("record none/take.wav --device none --length 0.5").code);
+}

@@ -1,0 +1,183 @@
+// Sound through a server, against what is rendered and what was sent.
+
+#include "host/Error.h"
+#include "host/engine/RenderRig.h"
+#include "host/live/DeviceModule.h"
+#include "host/live/JackServer.h"
+#include "host/live/Player.h"
+#include "host/live/RecordJob.h"
+
+#include <filesystem>
+
+using namespace ulk::host;
+using test::JackClient;
+using test::JackServer;
+using test::RenderRig;
+
+namespace {
+
+constexpr long block_len = 256;
+
+class JackTest : public ::testing::Test, public RenderRig {
+public:
+    void SetUp() override {
+        if (!server.is_running()) {
+            GTEST_SKIP() << "jackd does not start here; is the package jackd2 installed?";
+        }
+    }
+    template <class F>
+    static bool wait_for(F fnc) {
+        for (int trial = 0; trial < 2000; ++trial) {
+            if (fnc()) {
+                return true;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+    Channels make_noise(std::size_t len) {
+        std::uniform_real_distribution<float> dist(-0.5f, 0.5f);
+        Channels result(2, std::vector<float>(len));
+        for (auto& channel : result) {
+            for (float& val : channel) {
+                val = dist(rng);
+            }
+        }
+        return result;
+    }
+    Channels read(std::string const& path) {
+        ulk::sacc::SplFileHnd file;
+        EXPECT_EQ(0, file.open(file_mgr, path.c_str(), false));
+        auto const len = file.get_length();
+        std::vector<float> frames(2 * static_cast<std::size_t>(len));
+        EXPECT_EQ(0, file.read_block(frames.data(), 0, static_cast<long>(len)));
+        Channels result(2);
+        for (std::size_t k = 0; k < frames.size(); ++k) {
+            result[k % 2].push_back(frames[k]);
+        }
+        return result;
+    }
+    // Where a signal that repeats is first heard at its beginning; its length if nowhere.
+    static std::size_t find_beginning(Channels const& channels, Channels const& signal) {
+        constexpr std::ptrdiff_t nbr_compared = 32;
+        auto const place = std::search(channels[0].begin(), channels[0].end(), signal[0].begin(),
+                                       signal[0].begin() + nbr_compared);
+        return static_cast<std::size_t>(place - channels[0].begin());
+    }
+
+    JackServer server;
+    live::DeviceModule devices{BUILD_DIR};
+};
+
+} // namespace
+
+TEST_F(JackTest, ListsTheServersDevice) {
+    auto const list = devices.list_devices();
+    EXPECT_EQ("", devices.get_failure());
+    EXPECT_TRUE(std::any_of(list.begin(), list.end(), [](auto const& info) {
+        return info.name == "system" && info.nbr_out == 2 && info.nbr_in == 2;
+    }));
+}
+
+TEST_F(JackTest, ASessionComesOutOfItsPortsAsItRenders) {
+    settings.block_len = block_len;
+    int const track = add_track("one");
+    add_clip(track, add_noise(2, 90000, 44100), 1);
+    add_clip(track, add_noise(1, 60000, 48000), 1.2).fade_in = 0.3;
+    Channels const mix = render();
+    auto const device = devices.open({"", 48000, block_len, 2, 0});
+    live::Player::Settings live;
+    live.block_len = device->get_block_len();
+    ASSERT_EQ(block_len, live.block_len);
+    live::Player player(bundle, session, fact_arr, live);
+    JackClient client(Channels(2, {0.f}), 6 * 48000);
+    player.start();
+    // The first second is silence: time to connect.
+    device->start([&](float const* const*, float* const* out_arr, long len) {
+        player.process(out_arr, len);
+    });
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 0", "test:in0"); }));
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 1", "test:in1"); }));
+    ASSERT_TRUE(wait_for([&] { return player.find_state().finished_flag; }));
+    EXPECT_TRUE(device->is_alive());
+    device->stop();
+    client.close();
+    player.stop();
+    EXPECT_EQ(0u, player.list_losses().size());
+    auto const is_sound = [](float val) { return val != 0; };
+    auto const wish = std::find_if(mix[0].begin(), mix[0].end(), is_sound) - mix[0].begin();
+    auto const& heard = client.heard;
+    auto const place = std::find_if(heard[0].begin(), heard[0].end(), is_sound) - heard[0].begin();
+    auto const len = static_cast<std::ptrdiff_t>(mix[0].size()) - wish;
+    ASSERT_LE(place + len, static_cast<std::ptrdiff_t>(heard[0].size()));
+    for (std::size_t chn = 0; chn < 2; ++chn) {
+        EXPECT_TRUE(
+            std::equal(mix[chn].begin() + wish, mix[chn].end(), heard[chn].begin() + place));
+    }
+}
+
+TEST_F(JackTest, ARecordingIsWhatWasSent) {
+    Channels const signal = make_noise(30000);
+    JackClient client(signal, 1);
+    live::RecordJob::Settings record;
+    record.path = dir.make_name("take.wav");
+    record.bit_fmt = ulk::sacc::SplFileBitFmt_F32;
+    record.len = 3;
+    bool connected_flag = false;
+    auto const result = live::RecordJob::run(
+        record, [&](live::Device::Settings const& wish) { return devices.open(wish); },
+        [&](double) {
+            connected_flag = client.connect("test:out0", "tessitone:inport 0") &&
+                             client.connect("test:out1", "tessitone:inport 1");
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            return true;
+        });
+    EXPECT_TRUE(connected_flag);
+    EXPECT_EQ(0, result.nbr_lost);
+    EXPECT_EQ(3 * 48000, result.nbr_frames);
+    Channels const take = read(record.path);
+    ASSERT_EQ(3u * 48000, take[0].size());
+    std::size_t const beg = find_beginning(take, signal);
+    ASSERT_LT(beg + 60000, take[0].size());
+    for (std::size_t chn = 0; chn < 2; ++chn) {
+        for (std::size_t k = 0; beg + k < take[chn].size(); ++k) {
+            ASSERT_EQ(signal[chn][k % signal[chn].size()], take[chn][beg + k]) << k;
+        }
+    }
+}
+
+TEST_F(JackTest, AServerThatIsKilledEndsARecordingWithAMessageAndACompleteFile) {
+    Channels const signal = make_noise(30000);
+    JackClient client(signal, 1);
+    live::RecordJob::Settings record;
+    record.path = dir.make_name("take.wav");
+    record.bit_fmt = ulk::sacc::SplFileBitFmt_F32;
+    double last = 0;
+    try {
+        live::RecordJob::run(
+            record, [&](live::Device::Settings const& wish) { return devices.open(wish); },
+            [&](double time) {
+                last = time;
+                client.connect("test:out0", "tessitone:inport 0");
+                client.connect("test:out1", "tessitone:inport 1");
+                if (time > 2) {
+                    server.end(SIGKILL);
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                return true;
+            });
+        FAIL();
+    } catch (Error const& e) {
+        EXPECT_EQ(Error::Kind_IO, e.get_kind());
+        EXPECT_EQ("the sound device system is gone; what was recorded until then is in " +
+                      record.path,
+                  std::string(e.what()));
+    }
+    Channels const take = read(record.path);
+    EXPECT_GE(static_cast<double>(take[0].size()), last * 48000 - 1);
+    std::size_t const beg = find_beginning(take, signal);
+    ASSERT_LT(beg + 30000, take[0].size());
+    for (std::size_t k = 0; beg + k < take[0].size(); ++k) {
+        ASSERT_EQ(signal[1][k % signal[1].size()], take[1][beg + k]) << k;
+    }
+}
