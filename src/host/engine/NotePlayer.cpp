@@ -185,10 +185,10 @@ void NotePlayer::tell(Course& course, int index, std::size_t note, long len, dou
 void NotePlayer::reserve_lists(long max_len) {
     constexpr std::size_t nbr_others = 8; // that start and end a note
     std::size_t const nbr_live = std::min<std::size_t>(_note_arr.size(), NotePlan::nbr_voices);
-    std::size_t const nbr_events = nbr_live * (nbr_others + 2 * static_cast<std::size_t>(max_len));
+    std::size_t const nbr_evt = nbr_live * (nbr_others + 2 * static_cast<std::size_t>(max_len));
     _live_arr.reserve(nbr_live);
-    _entry_arr.reserve(nbr_events);
-    _evt_arr.reserve(nbr_events);
+    _entry_arr.reserve(nbr_evt);
+    _evt_arr.reserve(nbr_evt);
 }
 
 void NotePlayer::release_notes(long len) {
