@@ -2,13 +2,25 @@
 
 #include "host/Error.h"
 #include "host/live/ClockDevice.h"
+#include "ulk/sys/SharedLibrary.h"
 
 namespace ulk::host::live {
 
+namespace {
+
+// Sound systems keep threads and memory of their own beyond the calls to them: the module stays
+// loaded to the end of the process.
+sys::SharedLibrary& load_for_good(std::string const& path) {
+    static auto* const library = new sys::SharedLibrary(path);
+    return *library;
+}
+
+} // namespace
+
 DeviceModule::DeviceModule(std::string const& folder) {
     try {
-        _library = std::make_unique<sys::SharedLibrary>(folder + "/tessitone_devices.so");
-        auto* const make = _library->find<MakeDeviceSystem>("tessitone_make_device_system");
+        auto* const make = load_for_good(folder + "/tessitone_devices.so")
+                               .find<MakeDeviceSystem>("tessitone_make_device_system");
         _system.reset(make != nullptr ? make() : nullptr);
         _failure = _system == nullptr ? "the module of sound devices does not start" : "";
     } catch (std::runtime_error const& e) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/live/Device.h"
-#include "ulk/sys/SharedLibrary.h"
 
 #include <string>
 
@@ -21,7 +20,6 @@ public:
     std::string const& get_failure() const { return _failure; } // why there is no module
 
 private:
-    std::unique_ptr<sys::SharedLibrary> _library;
     std::unique_ptr<DeviceSystem> _system;
     std::string _failure;
 };
