@@ -248,10 +248,13 @@ std::string make_text(std::mt19937& rnd, std::size_t nbr, bool faulty) {
                                          "\xF0\x90\x90\x80",
                                          "\xF0\x90\x90\xA8",
                                          "1",
+                                         "\xE0\x81\x81", // overlong forms of A, s and b
+                                         "\xF0\x80\x81\xB3",
+                                         "\xE0\x81\xA2",
                                          "\x80",
                                          "\xC3",
                                          "\xFF"};
-    std::size_t const kinds = faulty && rnd() % 4 == 0 ? 15 : 12;
+    std::size_t const kinds = faulty && rnd() % 4 == 0 ? 18 : 15;
     std::string text;
     for (std::size_t i = 0; i < nbr; ++i) {
         text += rnd() % 4 == 0 ? pieces[rnd() % kinds] : pieces[rnd() % 5];
@@ -322,6 +325,32 @@ TEST(Utf8Test, SearchFindsEveryCase) {
         ++nbr_pairs;
     }
     EXPECT_EQ(nbr_pairs, 1450);
+}
+
+// Characters of ASCII in forms that are longer than needed, the terminator among them, as the first
+// and as the second one of what is sought.
+TEST(Utf8Test, SearchFindsOverlongForms) {
+    for (char const* const filler : {".", "\xC3\xB7", "\xE0\xA4\x85", "\xF0\x9F\x98\x80"}) {
+        for (std::size_t before = 0; before < 150; ++before) {
+            std::string prefix;
+            while (prefix.size() < before) {
+                prefix += filler;
+            }
+            for (char const* const form : {"\xE0\x81\xB1", "\xE0\x81\x91", "\xF0\x80\x81\xB1"}) {
+                std::string const text = prefix + form + "x" + form + std::string(100, '-');
+                for (char const* const sub : {"q", "Qx", "xq", "qxQ", form}) {
+                    long pos = 77;
+                    ASSERT_EQ(utf8::strstr_ci(text.c_str(), sub, pos), 0);
+                    std::size_t const place = prefix.size() + (*sub == 'x' ? std::strlen(form) : 0);
+                    ASSERT_EQ(pos, static_cast<long>(place)) << before << " " << sub;
+                }
+            }
+            std::string const text = prefix + "\xE0\x80\x80" + std::string(100, '-');
+            long pos = 77;
+            ASSERT_EQ(utf8::strstr_ci(text.c_str(), "\xF0\x80\x80\x80", pos), 0);
+            ASSERT_EQ(pos, static_cast<long>(prefix.size()));
+        }
+    }
 }
 
 // A fault before, in and behind every block is met, wherever the text that is sought begins.

@@ -18,6 +18,12 @@ using unicode::CharData;
 
 constexpr int differs = 1;
 
+// The first two bytes of the sequences of three and four bytes that need their length
+constexpr signed char lead_3 = static_cast<signed char>(0xE0);
+constexpr signed char least_3 = static_cast<signed char>(0xA0);
+constexpr signed char lead_4 = static_cast<signed char>(0xF0);
+constexpr signed char least_4 = static_cast<signed char>(0x90);
+
 // 0 if sub stands at the start of text, differs if another character stops the comparison,
 // Err_NOT_FOUND if text ends first, or the code of a faulty sequence in either. text_len becomes
 // the length of the first sequence of text.
@@ -107,7 +113,8 @@ private:
     }
 
     // An occurrence starts with a byte of ASCII that fits, before a character that may fit as well,
-    // or with a longer sequence. Gives end if none does before it.
+    // or with a longer sequence: a lead that fits or an overlong form. Gives end if none does
+    // before it.
     char const* find_start(char const* block, char const* end) const {
         ByteVec const any = ByteVec{} - static_cast<signed char>(_single_flag);
         ByteVec hit_arr[block_len / sizeof(ByteVec)];
@@ -116,8 +123,11 @@ private:
             char const* const src = block + i * sizeof(ByteVec);
             ByteVec const b = load_vec(src);
             ByteVec const next = load_vec(src + 1);
-            ByteVec const second = any | _second.find_single(next) | _second.find_lead(next);
-            hit_arr[i] = (_first.find_single(b) & second) | _first.find_lead(b);
+            ByteVec const second = any | _second.find_single(next) | _second.find_lead(next) |
+                                   (next == lead_3) | (next == lead_4);
+            ByteVec const overlong =
+                ((b == lead_3) & (next < least_3)) | ((b == lead_4) & (next < least_4));
+            hit_arr[i] = (_first.find_single(b) & second) | _first.find_lead(b) | overlong;
             all |= hit_arr[i];
         }
         if (!is_any_set(all)) {
