@@ -7,42 +7,52 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace test {
 
-// A sound server without sound, with a name of its own, for as long as the object lives. It waits
-// for its clients, so that a busy machine loses nothing, though it may tell of xruns. Programs
-// started meanwhile find it.
+// A sound server without sound for as long as the object lives. It waits for its clients, so that a
+// busy machine loses nothing, though it may tell of xruns. Programs started meanwhile find it. One
+// at a time on the machine, all of one name: the place of a server that was killed is taken up
+// again by that name alone, and there are eight.
 class JackServer {
 public:
-    JackServer() {
-        std::string const name = "tessitone_test_" + std::to_string(::getpid());
-        ::setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
+    // Blocks until no other one is left.
+    JackServer()
+        : _lock((std::filesystem::temp_directory_path() / "tessitone_test_jack.lock").string()) {
+        ::setenv("JACK_DEFAULT_SERVER", name, 1);
         ::setenv("JACK_NO_AUDIO_RESERVATION", "1", 1);
-        _pid = ::fork();
-        if (_pid == 0) {
-            int const null = ::open("/dev/null", O_RDWR);
-            ::dup2(null, 1);
-            ::dup2(null, 2);
-            ::execlp("jackd", "jackd", "--no-realtime", "-S", "-t", "10000", "-n", name.c_str(),
-                     "-d", "dummy", "-r", "48000", "-p", "256", nullptr);
-            ::_exit(127);
+        jack_set_error_function([](char const*) {});
+        constexpr int nbr_trials = 3;
+        for (int trial = 0; trial < nbr_trials && !_running_flag; ++trial) {
+            end(SIGKILL);
+            launch();
+            wait_for_start();
         }
-        wait_for_start();
     }
     ~JackServer() { end(SIGTERM); }
     JackServer(JackServer const&) = delete;
     JackServer& operator=(JackServer const&) = delete;
 
     bool is_running() const { return _running_flag; }
+    // What it printed, when it does not run.
+    std::string read_output() const {
+        std::string txt(10000, '\0');
+        auto const len = ::pread(_output.get(), txt.data(), txt.size(), 0);
+        return txt.substr(0, len > 0 ? static_cast<std::size_t>(len) : 0);
+    }
     void end(int signal) {
         if (_pid > 0) {
             ::kill(_pid, signal);
@@ -52,8 +62,39 @@ public:
     }
 
 private:
+    static constexpr char name[] = "tessitone_test";
+
+    // A file that is open; locked, when it has a name.
+    class File {
+    public:
+        explicit File(std::string const& path)
+            : _fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+            ::flock(_fd, LOCK_EX);
+        }
+        File()
+            : _fd(::memfd_create("jackd", MFD_CLOEXEC)) {}
+        ~File() { ::close(_fd); }
+        File(File const&) = delete;
+        File& operator=(File const&) = delete;
+        int get() const { return _fd; }
+
+    private:
+        int _fd;
+    };
+
+    void launch() {
+        _pid = ::fork();
+        if (_pid == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no server
+            ::dup2(_output.get(), 1);
+            ::dup2(_output.get(), 2);
+            ::execlp("jackd", "jackd", "--no-realtime", "-S", "-t", "10000", "-n", name, "-d",
+                     "dummy", "-r", "48000", "-p", "256", nullptr);
+            ::perror("jackd");
+            ::_exit(127);
+        }
+    }
     void wait_for_start() {
-        jack_set_error_function([](char const*) {});
         for (int trial = 0; trial < 100 && !_running_flag; ++trial) {
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             if (::waitpid(_pid, nullptr, WNOHANG) == _pid) {
@@ -68,6 +109,8 @@ private:
         }
     }
 
+    File const _lock;
+    File const _output;
     pid_t _pid = -1;
     bool _running_flag = false;
 };

@@ -21,9 +21,9 @@ constexpr long block_len = 256;
 class JackTest : public ::testing::Test, public RenderRig {
 public:
     void SetUp() override {
-        if (!server.is_running()) {
-            GTEST_SKIP() << "jackd does not start here; is the package jackd2 installed?";
-        }
+        ASSERT_TRUE(server.is_running())
+            << "jackd does not start; tools/setup installs it. It says:\n"
+            << server.read_output();
     }
     template <class F>
     static bool wait_for(F fnc) {
