@@ -88,9 +88,7 @@ void Run::load(RenderJob::Warn const& warn) {
     session::Diagnostics diagnostics;
     _session = session::SessionReader::load(_settings.session_path, diagnostics);
     diagnostics.check(_session.file_arr);
-    sys::Mutex mutex;
-    sacc::SplFileMgr file_mgr(mutex);
-    _info_arr = SampleCheck::look(_session, file_mgr);
+    _info_arr = SampleCheck::look(_session);
     using Severity = session::Diagnostic::Severity;
     SampleCheck::report(_session, _info_arr,
                         _settings.strict_flag ? Severity::ERROR : Severity::WARNING, diagnostics);

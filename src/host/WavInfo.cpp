@@ -4,8 +4,6 @@
 #include "host/WavChunk.h"
 #include "host/session/SampleCheck.h"
 #include "host/session/Session.h"
-#include "ulk/sacc/SplFileMgr.h"
-#include "ulk/sys/Mutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -30,7 +28,7 @@ struct Start {
     char const* name;
 };
 
-// Files that people take for WAV files.
+// Files of other kinds, which have no chunks that are known here.
 constexpr Start start_arr[] = {{"RIFX", "a WAV file in big-endian order"},
                                {"RF64", "an RF64 file"},
                                {"BW64", "a BW64 file"},
@@ -83,7 +81,7 @@ private:
     void tell_other_file(std::string const& header) {
         for (Start const& start : start_arr) {
             if (header.starts_with(start.bytes)) {
-                add_problem(std::string("is ") + start.name + ", no RIFF WAVE file");
+                _info["kind"] = start.name;
                 return;
             }
         }
@@ -173,7 +171,6 @@ private:
         if (unpadded_flag) {
             return end;
         }
-        _padded_flag = true;
         return end + 1;
     }
 
@@ -195,26 +192,19 @@ private:
         if (!has("data")) {
             add_problem("has no chunk \"data\", which holds the sound");
         }
-        if (_padded_flag) {
-            add_problem("has a pad byte behind a chunk of odd length; what follows it is not found "
-                        "when the file is used");
-        }
     }
 
     std::ifstream _file;
     long long _file_len;
     Json& _info;
     Json _fmt = Json::object();
-    bool _padded_flag = false;
 };
 
-// What the sample library says, which has the last word.
-std::string find_reason(std::string const& path) {
+// As a sample, which has the last word.
+session::SampleCheck::Info look(std::string const& path) {
     session::Session probe;
     probe.sample_arr.push_back({path, {}});
-    sys::Mutex mutex;
-    sacc::SplFileMgr file_mgr(mutex);
-    return session::SampleCheck::look(probe, file_mgr).front().reason;
+    return session::SampleCheck::look(probe).front();
 }
 
 std::string print_value(Json const& val) {
@@ -253,14 +243,18 @@ nlohmann::ordered_json WavInfo::make(std::string const& path) {
     auto const len = std::filesystem::is_regular_file(path, error)
                          ? std::filesystem::file_size(path, error)
                          : std::uintmax_t{0};
-    std::string const reason = find_reason(path);
+    session::SampleCheck::Info const sample = look(path);
     if (std::filesystem::is_regular_file(path, error) && std::ifstream(path).is_open()) {
         info["bytes"] = len;
         Walk(path, static_cast<long long>(len), info).run();
     }
-    info["usable"] = reason.empty();
-    if (!reason.empty()) {
-        info["reason"] = reason;
+    info["usable"] = sample.reason.empty();
+    if (sample.reason.empty()) {
+        info["sound"] = {{"frames", sample.len},
+                         {"channels", sample.nbr_chn},
+                         {"sample_rate_hz", static_cast<long long>(sample.sample_freq)}};
+    } else {
+        info["reason"] = sample.reason;
     }
     return info;
 }
@@ -269,6 +263,9 @@ std::string WavInfo::print(nlohmann::ordered_json const& info) {
     std::string txt = info["path"].get<std::string>();
     if (info.contains("bytes")) {
         txt += ", " + info["bytes"].dump() + " bytes\n";
+        if (info.contains("kind")) {
+            txt += "  " + info["kind"].get<std::string>() + "\n";
+        }
         for (Json const& chunk : info["chunks"]) {
             txt += pad(chunk["offset"].dump(), 10) + "  " + chunk["id"].get<std::string>() + "  " +
                    chunk["bytes"].dump() + " bytes\n";
@@ -283,9 +280,13 @@ std::string WavInfo::print(nlohmann::ordered_json const& info) {
     } else {
         txt += "\n";
     }
-    return txt + (info["usable"].get<bool>()
-                      ? "  can be used\n"
-                      : "  cannot be used: it " + info["reason"].get<std::string>() + "\n");
+    if (!info["usable"].get<bool>()) {
+        return txt + "  cannot be used: it " + info["reason"].get<std::string>() + "\n";
+    }
+    Json const& sound = info["sound"];
+    return txt + "  can be used: " + sound["frames"].dump() + " frames, " +
+           sound["channels"].dump() + (sound["channels"] == 1 ? " channel, " : " channels, ") +
+           sound["sample_rate_hz"].dump() + " Hz\n";
 }
 
 } // namespace ulk::host

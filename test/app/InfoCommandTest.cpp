@@ -128,7 +128,7 @@ TEST_F(InfoCommandTest, ReadsFiles) {
     std::string const txt = run(wav);
     EXPECT_TRUE(txt.starts_with(wav + ", 137134 bytes\n        12  fmt   16 bytes\n")) << txt;
     EXPECT_TRUE(txt.ends_with("              frames: 68545\n              duration_s: 1.428021\n"
-                              "  can be used\n"))
+                              "  can be used: 68545 frames, 1 channel, 48000 Hz\n"))
         << txt;
     Json const files = Json::parse(run(wav + " " + wav + " --json"))["files"];
     EXPECT_EQ(2U, files.size());
@@ -138,6 +138,6 @@ TEST_F(InfoCommandTest, ReadsFiles) {
 TEST_F(InfoCommandTest, FilesThatCannotBeUsedAreToldAndEndWithTwo) {
     std::string const txt = run("none.wav /usr/share/sounds/alsa/Noise.wav .", "", 2);
     EXPECT_TRUE(txt.starts_with("none.wav\n  cannot be used: it does not exist\n")) << txt;
-    EXPECT_NE(std::string::npos, txt.find("  can be used\n.\n  cannot be used: it is a folder\n"));
+    EXPECT_NE(std::string::npos, txt.find(" Hz\n.\n  cannot be used: it is a folder\n"));
     EXPECT_TRUE(txt.ends_with("tessitone: info: 2 of 3 files cannot be used\n")) << txt;
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sndfile.hh>
 
 namespace {
 
@@ -206,4 +207,35 @@ TEST_F(RenderCommandTest, AnInterruptLeavesWhatWasRendered) {
     EXPECT_GT(nbr_frames, 0);
     EXPECT_EQ(44u + static_cast<unsigned long long>(nbr_frames),
               fs::file_size(dir.get_path() / "out.wav"));
+}
+
+// Whatever lossless file a sample comes in, the session sounds the same to the bit.
+TEST_F(RenderCommandTest, SamplesComeInManyFormats) {
+    SndfileHandle in((dir.get_path() / "samples/bass.wav").string());
+    ASSERT_GT(in.frames(), 0);
+    std::vector<int> sound(static_cast<std::size_t>(in.frames() * in.channels()));
+    in.readf(sound.data(), in.frames());
+    std::string const text = read(session);
+    ASSERT_EQ(0, run(session + std::string(" -o wav.wav")).code);
+    int const encoding = in.format() & SF_FORMAT_SUBMASK;
+    for (auto const& [ending, container] : {std::pair("flac", SF_FORMAT_FLAC),
+                                            {"aiff", SF_FORMAT_AIFF},
+                                            {"wavex", SF_FORMAT_WAVEX},
+                                            {"rf64", SF_FORMAT_RF64},
+                                            {"caf", SF_FORMAT_CAF}}) {
+        std::string const name = std::string("samples/the_bass.") + ending;
+        {
+            SndfileHandle out((dir.get_path() / name).string(), SFM_WRITE, container | encoding,
+                              in.channels(), in.samplerate());
+            ASSERT_EQ(in.frames(), out.writef(sound.data(), in.frames())) << name;
+        }
+        std::string changed = text;
+        for (std::size_t pos; (pos = changed.find("samples/bass.wav")) != std::string::npos;) {
+            changed.replace(pos, 16, name);
+        }
+        write("other.toml", changed);
+        auto const outcome = run("other.toml --strict -o other.wav");
+        ASSERT_EQ(0, outcome.code) << outcome.err;
+        EXPECT_TRUE(read("wav.wav") == read("other.wav")) << name;
+    }
 }

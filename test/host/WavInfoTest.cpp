@@ -117,8 +117,18 @@ TEST_F(WavInfoTest, ExtensibleFilesSayWhatTheyAre) {
     EXPECT_EQ(20, fields["valid_bits"]);
     EXPECT_EQ("0x00000003", fields["channel_mask"]);
     EXPECT_EQ("integers", fields["sub_category_name"]);
-    EXPECT_FALSE(info["usable"].get<bool>());
-    EXPECT_NE(std::string::npos, info["reason"].get<std::string>().find("extensible"));
+    EXPECT_TRUE(info["usable"].get<bool>());
+    EXPECT_EQ(1, info["sound"]["frames"]);
+}
+
+TEST_F(WavInfoTest, OtherKindsAreNamed) {
+    EXPECT_EQ("an AIFF file", make("FORM1234AIFF")["kind"]);
+    EXPECT_EQ("an RF64 file", make("RF641234WAVE")["kind"]);
+    EXPECT_FALSE(make("RF641234WAVE")["usable"].get<bool>());
+    EXPECT_FALSE(make(make_full()).contains("kind"));
+    Json const info = WavInfo::make(TEST_DATA_DIR "/wav/bad/rf64.wav");
+    EXPECT_EQ("an RF64 file", info["kind"]);
+    EXPECT_TRUE(info["usable"].get<bool>());
 }
 
 TEST_F(WavInfoTest, BrokenFilesSayWhatIsWrong) {
@@ -138,12 +148,6 @@ TEST_F(WavInfoTest, BrokenFilesSayWhatIsWrong) {
                    "the last frame is not whole");
     expect_problem(make_riff(make_chunk("fmt ", "12345678") + data),
                    "chunk \"fmt \" is too short for what it holds");
-    expect_problem(make_riff(make_fmt(1, 1, 16) + make_chunk("LIST", std::string("INFO\0", 5)) +
-                             std::string(1, '\0') + data),
-                   "has a pad byte behind a chunk of odd length; what follows it is not found when "
-                   "the file is used");
-    expect_problem("FORM1234AIFF", "is an AIFF file, no RIFF WAVE file");
-    expect_problem("RF641234WAVE", "is an RF64 file, no RIFF WAVE file");
     expect_problem("RIFF1234AVI ", "does not begin as a RIFF WAVE file does");
     expect_problem("RIFF", "does not begin as a RIFF WAVE file does");
     expect_problem("", "does not begin as a RIFF WAVE file does");
@@ -155,7 +159,8 @@ TEST_F(WavInfoTest, ChunksOfOddLengthWithAndWithoutAPadByte) {
                                          make_chunk("data", "1234")));
         ASSERT_EQ(3U, info["chunks"].size());
         EXPECT_EQ("data", info["chunks"][2]["id"]);
-        EXPECT_EQ(pad_byte.empty(), info["usable"].get<bool>());
+        EXPECT_TRUE(info["usable"].get<bool>());
+        EXPECT_EQ(2, info["sound"]["frames"]);
     }
 }
 
@@ -192,6 +197,7 @@ TEST_F(WavInfoTest, SurvivesAnything) {
 TEST_F(WavInfoTest, FilesOfTheCollectionAreUsableAsItsManifestSays) {
     std::ifstream manifest(TEST_DATA_DIR "/wav/manifest.txt");
     int nbr_files = 0;
+    int nbr_bad = 0;
     for (std::string line; std::getline(manifest, line);) {
         auto const tab = line.find('\t');
         if (line.starts_with("#") || tab == std::string::npos) {
@@ -199,10 +205,13 @@ TEST_F(WavInfoTest, FilesOfTheCollectionAreUsableAsItsManifestSays) {
         }
         std::string const name = line.substr(0, tab);
         Json const info = WavInfo::make(TEST_DATA_DIR "/wav/" + name);
-        EXPECT_EQ(line.substr(tab + 1).starts_with("0\t"), info["usable"].get<bool>()) << name;
+        bool const usable_flag = info["usable"].get<bool>();
+        EXPECT_TRUE(usable_flag || !line.substr(tab + 1).starts_with("0\t")) << name;
+        nbr_bad += !usable_flag;
         ++nbr_files;
     }
     EXPECT_GT(nbr_files, 50);
+    EXPECT_GT(nbr_bad, 25);
 }
 
 TEST_F(WavInfoTest, WhatIsNoFile) {

@@ -2,8 +2,6 @@
 #include "host/session/SampleCheck.h"
 #include "host/session/SessionReader.h"
 #include "tessitone/Commands.h"
-#include "ulk/sacc/SplFileMgr.h"
-#include "ulk/sys/Mutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -29,9 +27,7 @@ struct Findings {
 Findings look_over(std::string const& path) {
     Findings findings;
     findings.session = SessionReader::load(path, findings.diagnostics);
-    ulk::sys::Mutex mutex;
-    ulk::sacc::SplFileMgr file_mgr(mutex);
-    auto const info_arr = SampleCheck::look(findings.session, file_mgr);
+    auto const info_arr = SampleCheck::look(findings.session);
     SampleCheck::report(findings.session, info_arr, Diagnostic::Severity::ERROR,
                         findings.diagnostics);
     for (auto const& track : findings.session.track_arr) {

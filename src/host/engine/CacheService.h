@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/SampleFileMgr.h"
 #include "ulk/sacc/SplCache.h"
-#include "ulk/sacc/SplFileMgr.h"
 #include "ulk/sys/Mutex.h"
 
 namespace ulk::host::engine {
@@ -38,7 +38,7 @@ public:
 
     Size const& get_size() const { return _size; }
     sacc::SplCache& use_cache() { return _cache; }
-    sacc::SplFileMgr& use_file_mgr() { return _file_mgr; }
+    sacc::SplFileMgr& use_file_mgr() { return _file_mgr.use_mgr(); }
     // Writes all that is recorded and reads all that is asked for, outside of a pass.
     void run_slices();
     long count_requested_cells() const; // that the next slices will read
@@ -47,11 +47,10 @@ public:
 private:
     Size _size;
     long long _nbr_slices = 0;
-    sys::Mutex _mutex_file;
     sys::Mutex _mutex_bkg;
     sys::Mutex _mutex_rt;
-    sacc::SplFileMgr _file_mgr{_mutex_file};
-    sacc::SplCache _cache{_mutex_rt, _mutex_bkg, _file_mgr};
+    SampleFileMgr _file_mgr;
+    sacc::SplCache _cache{_mutex_rt, _mutex_bkg, _file_mgr.use_mgr()};
 };
 
 } // namespace ulk::host::engine

@@ -1,10 +1,9 @@
 #include "host/engine/ConversionStore.h"
 
 #include "host/Error.h"
+#include "host/SampleFileMgr.h"
 #include "ulk/sacc/SplFileFmtDesc.h"
 #include "ulk/sacc/SplFileHnd.h"
-#include "ulk/sacc/SplFileMgr.h"
-#include "ulk/sys/Mutex.h"
 #include "ulk/sys/posix/Folders.h"
 
 #include <soxr.h>
@@ -38,8 +37,7 @@ struct ConverterDeleter {
 
 // One file open for reading or writing.
 struct SoundFile {
-    sys::Mutex mutex;
-    sacc::SplFileMgr file_mgr{mutex};
+    SampleFileMgr file_mgr;
     sacc::SplFileHnd hnd;
 };
 
@@ -152,7 +150,7 @@ std::string ConversionStore::find_path(std::string const& source, double ratio) 
 
 bool ConversionStore::read_facts(std::string const& path, SampleFacts& facts) {
     SoundFile file;
-    if (!fs::exists(path) || file.hnd.open(file.file_mgr, path.c_str(), false) != 0) {
+    if (!fs::exists(path) || file.hnd.open(file.file_mgr.use_mgr(), path.c_str(), false) != 0) {
         return false;
     }
     facts.len = file.hnd.get_length();
@@ -173,13 +171,13 @@ ConversionStore::Result ConversionStore::find_or_make(std::string const& path,
     fs::create_directories(_folder, ec);
     TempFile const temp(result.path + "." + std::to_string(std::random_device()()) + ".part");
     SoundFile in;
-    if (in.hnd.open(in.file_mgr, path.c_str(), false) != 0) {
+    if (in.hnd.open(in.file_mgr.use_mgr(), path.c_str(), false) != 0) {
         fail(path, "cannot be read");
     }
     SoundFile out;
     sacc::SplFileFmtDesc desc;
     desc.set_data(sacc::SplFileFmt_WAV, sacc::SplFileBitFmt_F32, sample_freq, facts.nbr_chn);
-    if (out.hnd.create_new(out.file_mgr, temp.get_path().c_str(), desc, 0) != 0) {
+    if (out.hnd.create_new(out.file_mgr.use_mgr(), temp.get_path().c_str(), desc, 0) != 0) {
         fail(_folder, "a sample's conversion cannot be made there");
     }
     convert(in, out,

@@ -54,9 +54,7 @@ void Run::load(PlayJob::Warn const& warn) {
     session::Diagnostics diagnostics;
     _session = session::SessionReader::load(_settings.session_path, diagnostics);
     diagnostics.check(_session.file_arr);
-    sys::Mutex mutex;
-    sacc::SplFileMgr file_mgr(mutex);
-    _fact_arr = session::SampleCheck::look(_session, file_mgr);
+    _fact_arr = session::SampleCheck::look(_session);
     session::SampleCheck::report(_session, _fact_arr, session::Diagnostic::Severity::WARNING,
                                  diagnostics);
     diagnostics.sort();

@@ -5,8 +5,6 @@
 #include "host/session/SampleCheck.h"
 #include "host/session/SessionReader.h"
 #include "host/session/TextFile.h"
-#include "ulk/sacc/SplFileMgr.h"
-#include "ulk/sys/Mutex.h"
 
 #include <algorithm>
 #include <fstream>
@@ -54,10 +52,8 @@ Collection::Collection(std::string const& session_path)
     : _session_name(fs::path(session_path).filename().string()) {
     Diagnostics diagnostics;
     _session = SessionReader::load(session_path, diagnostics, &_use_arr);
-    sys::Mutex mutex;
-    sacc::SplFileMgr file_mgr(mutex);
-    SampleCheck::report(_session, SampleCheck::look(_session, file_mgr),
-                        Diagnostic::Severity::ERROR, diagnostics);
+    SampleCheck::report(_session, SampleCheck::look(_session), Diagnostic::Severity::ERROR,
+                        diagnostics);
     diagnostics.check(_session.file_arr);
 }
 

@@ -1,9 +1,9 @@
 #include "host/session/SampleCheck.h"
 
+#include "host/SampleFileMgr.h"
 #include "host/session/Node.h"
 #include "ulk/sacc/Err.h"
 #include "ulk/sacc/SplFileHnd.h"
-#include "ulk/sacc/SplFileMgr.h"
 #include "ulk/sys/Err.h"
 
 #include <algorithm>
@@ -23,12 +23,13 @@ struct Reason {
     char const* txt;
 };
 constexpr Reason reason_arr[] = {
-    {sacc::Err_FORMAT_UNKNOWN, "is of no format that can be read; plain WAV files can"},
+    {sacc::Err_FORMAT_UNKNOWN,
+     "is of no format that can be read (WAV, RF64, W64, AIFF, FLAC, Ogg, AU and CAF "
+     "files can)"},
     {sacc::Err_WAV_CHUNK_NOT_FOUND, "is a WAV file without a description or without sound"},
-    {sacc::Err_WAV_CATEGORY, "is a WAV file of a compressed or extensible kind; plain integers or "
-                             "floats can be read"},
+    {sacc::Err_WAV_CATEGORY, "is a WAV file of a kind that cannot be read"},
     {sacc::Err_WAV_BIT_DEPTH, "is a WAV file of other than 8, 16, 24 or 32 bits"},
-    {sacc::Err_WAV_OUT_OF_RANGE, "is a WAV file with an impossible rate or number of channels"},
+    {sacc::Err_WAV_OUT_OF_RANGE, "has an impossible rate or number of channels"},
     {sacc::Err_WAV_INCONSISTENT_BIT_DEPTH, "is a WAV file that contradicts itself about its bits"},
     {sacc::Err_WAV_TRUNCATED, "is a WAV file that ends before its sound does"},
     {sacc::Err_WAV_CHUNK_SIZE, "is a WAV file with broken chunks"},
@@ -63,14 +64,14 @@ std::string find_reason(std::string const& path, int code) {
     return "cannot be read (code " + std::to_string(code) + ")";
 }
 
-SampleCheck::Info look_into(std::string const& path, sacc::SplFileMgr& file_mgr) {
+SampleCheck::Info look_into(std::string const& path, SampleFileMgr& file_mgr) {
     SampleCheck::Info info;
     info.reason = find_file_reason(path);
     if (!info.reason.empty()) {
         return info;
     }
     sacc::SplFileHnd hnd;
-    if (int const code = hnd.open(file_mgr, path.c_str(), false); code != 0) {
+    if (int const code = hnd.open(file_mgr.use_mgr(), path.c_str(), false); code != 0) {
         info.reason = find_reason(path, code);
         return info;
     }
@@ -87,8 +88,8 @@ double get_duration(SampleCheck::Info const& info) {
 
 } // namespace
 
-std::vector<SampleCheck::Info> SampleCheck::look(Session const& session,
-                                                 sacc::SplFileMgr& file_mgr) {
+std::vector<SampleCheck::Info> SampleCheck::look(Session const& session) {
+    SampleFileMgr file_mgr;
     std::vector<Info> info_arr;
     info_arr.reserve(session.sample_arr.size());
     for (auto const& sample : session.sample_arr) {

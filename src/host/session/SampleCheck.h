@@ -6,10 +6,6 @@
 #include <string>
 #include <vector>
 
-namespace ulk::sacc {
-class SplFileMgr;
-}
-
 namespace ulk::host::session {
 
 // Looks into the headers of a session's samples.
@@ -23,9 +19,9 @@ public:
         std::string reason; // why it cannot be used, in the user's words; empty if it can
     };
 
-    // Of all samples of a session, in their order. Formats are those that the manager knows; each
-    // file is closed again before the next one is opened.
-    static std::vector<Info> look(Session const& session, sacc::SplFileMgr& file_mgr);
+    // Of all samples of a session, in their order. Each file is closed again before the next one is
+    // opened.
+    static std::vector<Info> look(Session const& session);
 
     // Whether a clip's offset lies behind the end of its sample, which can be used.
     static bool is_behind_end(Session::Clip const& clip, Info const& info);

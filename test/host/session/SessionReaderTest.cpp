@@ -250,8 +250,9 @@ TEST_F(SessionReaderTest, TellsWhereTheLanguageIsBroken) {
     EXPECT_EQ(0u,
               refuse("{\"rate\": 1e999}", Format::JSON).find("none:1:14: error: number overflow"));
     EXPECT_EQ(0u, refuse("\xEF\xBB\xBF{\"a\" 1}", Format::JSON).find("none:1:6: error: "));
-    EXPECT_EQ("none:2:8: error: this letter stands in quotes alone",
-              refuse("# \xC3\xA9\nname = \xC3\xA9"));
+    EXPECT_EQ(0u, refuse("# \xC3\xA9\nname = \xC3\xA9").find("none:2:8: error: "));
+    EXPECT_EQ(0u, refuse("# \xC3\xA9\nna\xC3\xA9me = 1").find("none:2:3: error: "));
+    EXPECT_EQ(0u, refuse("rate =0o17927-'9\xEF\xB9\xBF\x30").find("none:1:"));
     EXPECT_EQ(0u, refuse("name = \"\xFF\"").find("none:1:"));
 }
 

@@ -274,6 +274,18 @@ TEST_F(FileRefTest, FarAwayIsFoundByHandleOrNotAtAll) {
     EXPECT_EQ(nullptr, FileRefFactory::load(bytes).get());
 }
 
+// Its handle still opens it, but leads nowhere.
+TEST_F(FileRefTest, RemovedFilesThatAreStillOpenDoNotLoad) {
+    std::string const path = make_file("a");
+    auto const bytes = save_path(path);
+    File f;
+    ASSERT_EQ(0, f.open(path.c_str(), File::Flag_READ));
+    std::filesystem::remove(path);
+    EXPECT_EQ(nullptr, FileRefFactory::load(bytes).get());
+    make_file("a");
+    EXPECT_EQ(nullptr, FileRefFactory::load(bytes).get());
+}
+
 // The inode of a removed file is often given to the next one at once.
 TEST_F(FileRefTest, AnotherFileWithTheSameInodeIsNotTaken) {
     for (int kind = 0; kind < 3; ++kind) {

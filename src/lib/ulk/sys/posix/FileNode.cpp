@@ -69,7 +69,10 @@ FileNode::Ptr FileNode::load(std::vector<archi::UByte> const& bytes) {
         errno = ENOENT;
         return nullptr;
     }
-    return adopt(fd);
+    // A handle also opens what no path leads to: files that are removed, and those out of reach.
+    Ptr const node = adopt(fd);
+    std::string found_path;
+    return node != nullptr && node->get_path(found_path) ? node : nullptr;
 }
 
 FileNode::~FileNode() {

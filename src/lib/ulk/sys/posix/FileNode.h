@@ -21,7 +21,7 @@ public:
     static Ptr from_descriptor(int fd);            // of any kind; stays the caller's
 
     // From what save() gave: by the path, else by the file system's handle, else by a search near
-    // the path. Null and errno rather than another file.
+    // the path. Null and errno rather than another file, or one without a path.
     static Ptr load(std::vector<archi::UByte> const& bytes);
 
     FileNode(FileNode const&) = delete;
