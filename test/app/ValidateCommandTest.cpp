@@ -44,6 +44,30 @@ TEST_F(ValidateCommandTest, SumsUpAGoodSession) {
     EXPECT_TRUE(json["diagnostics"].empty());
 }
 
+TEST_F(ValidateCommandTest, TellsMistakesOfInserts) {
+    write("song.toml", "[[track]]\n"
+                       "channels = 2\n"
+                       "clips = []\n"
+                       "inserts = [\n"
+                       "  { plugin = 'Brevanto#TessitoneDryWet', params = { Gain = '-6 dB' } },\n"
+                       "  { plugin = 'Brevanto#TessitoneDryWet', params = { Gian = 1 } },\n"
+                       "  { plugin = 'Brevanto#TessitoneDryWet', params = { Gain = 'loud' } },\n"
+                       "  { plugin = 'Brevanto#TessitoneReverb' },\n"
+                       "  { plugin = 'Brevanto#TessitoneAudioInput' },\n"
+                       "]\n");
+    auto const outcome = run("validate song.toml");
+    EXPECT_EQ(2, outcome.code);
+    for (char const* const text :
+         {"song.toml:6:53: error: ", "Gian", "song.toml:7:53: error: ", "loud",
+          "song.toml:8:3: error: Brevanto#TessitoneReverb: no such plug-in",
+          "song.toml:9:3: error: track Track 1: Brevanto#TessitoneAudioInput cannot be an "
+          "insert"}) {
+        EXPECT_NE(std::string::npos, outcome.out.find(text)) << text << "\n" << outcome.out;
+    }
+    EXPECT_TRUE(outcome.err.ends_with("tessitone: song.toml: 4 mistakes\n")) << outcome.err;
+    EXPECT_EQ(2, run("validate --bundle none.so song.toml").code);
+}
+
 TEST_F(ValidateCommandTest, TellsMistakesOfTheTextAndOfTheMaterial) {
     std::filesystem::create_directory(_dir.make_name("folder.wav"));
     write("empty.wav", "");

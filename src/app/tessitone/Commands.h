@@ -27,7 +27,7 @@ void add_play_command(CLI::App& app, Context& context);
 void add_plugins_command(CLI::App& app, Context& context);
 void add_process_command(CLI::App& app, Context& context);
 void add_record_command(CLI::App& app, Context& context);
-void add_validate_command(CLI::App& app);
+void add_validate_command(CLI::App& app, Context& context);
 void add_render_command(CLI::App& app, Context& context);
 
 // The option --bundle, for the subcommands that load one.

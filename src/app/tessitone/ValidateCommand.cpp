@@ -1,4 +1,6 @@
+#include "host/Bundle.h"
 #include "host/Error.h"
+#include "host/engine/InsertCheck.h"
 #include "host/session/SampleCheck.h"
 #include "host/session/SessionReader.h"
 #include "tessitone/Commands.h"
@@ -14,6 +16,7 @@ namespace tessitone {
 namespace {
 
 using ulk::host::Error;
+using ulk::host::engine::InsertCheck;
 using namespace ulk::host::session;
 using Json = nlohmann::ordered_json;
 
@@ -24,12 +27,17 @@ struct Findings {
     double end = 0; // s, of the last clip
 };
 
-Findings look_over(std::string const& path) {
+Findings look_over(std::string const& path, Context const& context) {
     Findings findings;
     findings.session = SessionReader::load(path, findings.diagnostics);
     auto const info_arr = SampleCheck::look(findings.session);
     SampleCheck::report(findings.session, info_arr, Diagnostic::Severity::ERROR,
                         findings.diagnostics);
+    if (InsertCheck::has_insert(findings.session)) {
+        ulk::host::Bundle bundle(context.find_bundle());
+        InsertCheck::report(findings.session, bundle, findings.diagnostics);
+        findings.diagnostics.sort();
+    }
     for (auto const& track : findings.session.track_arr) {
         for (auto const& clip : track.clips) {
             auto const& info = info_arr[static_cast<std::size_t>(clip.sample)];
@@ -75,8 +83,8 @@ void print(Findings const& findings) {
     }
 }
 
-void validate(std::string const& path, bool json_flag) {
-    Findings const findings = look_over(path);
+void validate(std::string const& path, bool json_flag, Context const& context) {
+    Findings const findings = look_over(path, context);
     if (json_flag) {
         // Names of files are bytes, and may be no UTF-8.
         auto const handler = Json::error_handler_t::replace;
@@ -94,14 +102,15 @@ void validate(std::string const& path, bool json_flag) {
 
 } // namespace
 
-void add_validate_command(CLI::App& app) {
+void add_validate_command(CLI::App& app, Context& context) {
     CLI::App* const command =
         app.add_subcommand("validate", "Tell all mistakes of a session and its material");
     auto const path = std::make_shared<std::string>();
     auto const json_flag = std::make_shared<bool>(false);
     command->add_option("session", *path, "Session file")->type_name("SESSION")->required();
     command->add_flag("--json", *json_flag, "Print JSON");
-    command->callback([path, json_flag] { validate(*path, *json_flag); });
+    add_bundle_option(*command, context);
+    command->callback([path, json_flag, &context] { validate(*path, *json_flag, context); });
 }
 
 } // namespace tessitone

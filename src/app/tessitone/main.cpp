@@ -34,7 +34,7 @@ int run(int argc, char** argv) {
     tessitone::add_describe_command(app, context);
     tessitone::add_process_command(app, context);
     tessitone::add_check_command(app, context);
-    tessitone::add_validate_command(app);
+    tessitone::add_validate_command(app, context);
     tessitone::add_render_command(app, context);
     tessitone::add_collect_command(app);
     tessitone::add_play_command(app, context);

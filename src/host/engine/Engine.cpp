@@ -79,7 +79,7 @@ void Engine::add_players(int track, NotePlan const& plan, HostInterface& host) {
     }
 }
 
-PinConf Engine::find_insert_conf(Plugin& plugin, Session::Track const& track) const {
+PinConf Engine::find_insert_conf(Plugin& plugin, Session::Track const& track) {
     long const nbr_chn = track.nbr_chn;
     for (PinConf const& wish :
          {PinConf{{nbr_chn}, {nbr_chn}}, PinConf{{nbr_chn, nbr_chn}, {nbr_chn}}}) {

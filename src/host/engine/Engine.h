@@ -30,6 +30,10 @@ public:
     Engine(Bundle& bundle, Session const& session, NotePlan const& plan,
            NotePlan::Settings const& settings, HostInterface& host);
 
+    // The pins of a plug-in between two steps of a track: one pin in, or a second one for a dry
+    // side. Throws an Error that names the track if it takes neither.
+    static PinConf find_insert_conf(Plugin& plugin, Session::Track const& track);
+
     std::vector<std::unique_ptr<NotePlayer>> const& use_players() const { return _player_arr; }
     long long get_pos() const { return _pos; } // of the next block
     // Calls fnc(place of the player, place of its note, source range) for what sounds within the
@@ -85,7 +89,6 @@ private:
     void add_output();
     void start_insert(InsertNode& insert);
     std::unique_ptr<Plugin> make_plugin(char const* id, HostInterface* host);
-    PinConf find_insert_conf(Plugin& plugin, Session::Track const& track) const;
     int connect_track(int track, Graph::Pin dst);
     void process_level(std::vector<int> const& level, long len, WorkerPool& pool);
     Session::Track const& use_track(int track) const {
