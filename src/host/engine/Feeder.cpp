@@ -1,7 +1,6 @@
 #include "host/engine/Feeder.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace ulk::host::engine {
 
@@ -116,16 +115,15 @@ void Feeder::request(long len) {
 }
 
 void Feeder::check(long len) {
-    walk_ranges(len, [&](Note const& note, long long id, Note::Range const& range) {
+    walk_ranges(len, [&](Note const& note, long long id, Note::Range const&) {
         if (id == NotePlayer::no_id) {
             return;
         }
-        double const missing = static_cast<double>(_store.count_missing(id, range));
-        if (missing > 0) {
-            long long const beg = std::max(_engine.get_pos(), note.beg);
-            auto const nbr_frames = std::llround(missing / static_cast<double>(note.rate));
-            add_hole({note.track, note.clip, beg, std::min<long long>(nbr_frames, len)});
-        }
+        long long const beg = std::max(_engine.get_pos(), note.heard_beg);
+        long long const end = std::min(_engine.get_pos() + len, note.heard_end);
+        _store.walk_lost(id, note, beg, end, [&](Note::Range const& lost) {
+            add_hole({note.track, note.clip, lost.beg, lost.end - lost.beg});
+        });
     });
 }
 

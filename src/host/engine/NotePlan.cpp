@@ -14,6 +14,8 @@ namespace {
 // As the voice reckons it.
 constexpr double ln2_by_12 = 0.057762265046662105;
 constexpr double fade_time = 0.005; // s, behind a Note Off
+// Frames: no more than what rounding does to a position.
+constexpr double slack = 1e-6;
 
 } // namespace
 
@@ -34,8 +36,7 @@ NotePlan::NotePlan(Session const& session, std::vector<SampleFacts> const& fact_
                 bool const fold_flag = info.nbr_chn == 1 && note.nbr_chn == 2;
                 note.pin = fold_flag ? 1 : 0;
                 _stereo_arr[track] = _stereo_arr[track] || fold_flag;
-                long long const fade = note.off == Note::never ? 0 : get_fade_len();
-                _end = std::max(_end, note.clip_end + fade + settings.first - lead);
+                _end = std::max(_end, note.heard_end + settings.first - lead);
                 note_arr.push_back(note);
             }
         }
@@ -63,11 +64,13 @@ bool NotePlan::make_note(Note& note, Session::Clip const& clip, SampleFacts cons
     note.beg = at + skip;
     note.clip_beg = at + lead;
     double const len = static_cast<double>(facts.len);
-    long long const src_end = at + std::llround(std::ceil((len - clip_src) / rate)) + lead;
+    long long const src_end = at + std::llround(std::ceil((len - clip_src) / rate - slack)) + lead;
     double const nbr_out = std::ceil((len + 1 - note.src_beg) / rate);
     note.end = note.beg + std::llround(nbr_out * (1 + 2e-7)) + 4;
     note.off = Note::never;
     note.clip_end = src_end;
+    note.heard_beg = note.beg + lead;
+    note.heard_end = src_end;
     if (clip.length < Session::to_the_end) {
         long long const off = conv_to_frames(clip.at + clip.length, freq) - _settings.first + lead;
         if (off <= note.beg + lead) {
@@ -76,6 +79,7 @@ bool NotePlan::make_note(Note& note, Session::Clip const& clip, SampleFacts cons
         if (off < src_end) {
             note.off = off;
             note.clip_end = off;
+            note.heard_end = std::min(off + get_fade_len(), src_end);
             note.end = std::min(note.end, off + get_fade_len() + 2);
         }
     }

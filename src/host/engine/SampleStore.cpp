@@ -2,7 +2,6 @@
 
 #include "ulk/ace/Err.h"
 #include "ulk/ace/baplug/vendor_cmd.h"
-#include "ulk/sacc/SplCacheIteratorRead.h"
 
 namespace ulk::host::engine {
 
@@ -101,15 +100,8 @@ void SampleStore::prefetch(Id id, Note::Range const& range) {
 }
 
 long long SampleStore::count_missing(Id id, Note::Range const& range) {
-    long long missing = range.end - range.beg;
-    if (missing <= 0) {
-        return 0;
-    }
-    sacc::SplCacheIteratorRead it;
-    _cache.use_cache().get_data(use(id).file_id, range.beg, static_cast<long>(missing), it);
-    for (; it.is_rem_elt(); it.iterate()) {
-        missing -= it.get_data_len();
-    }
+    long long missing = 0;
+    walk_gaps(id, range, [&](Note::Range const& gap) { missing += gap.end - gap.beg; });
     return missing;
 }
 

@@ -5,6 +5,7 @@
 #include "host/engine/Note.h"
 #include "host/engine/NotePlan.h"
 #include "ulk/sacc/SplCacheFileId.h"
+#include "ulk/sacc/SplCacheIteratorRead.h"
 
 #include <deque>
 #include <string>
@@ -41,6 +42,9 @@ public:
     void prefetch(Id id, Note::Range const& range);
     // How many of the source frames are not there.
     long long count_missing(Id id, Note::Range const& range);
+    // Calls fnc(range) for those of a note's frames from a to b - 1 that lack source frames.
+    template <class F>
+    void walk_lost(Id id, Note const& note, long long a, long long b, F fnc);
 
 protected:
     int do_execute(int cmd, void* data) override; // real-time
@@ -63,6 +67,8 @@ private:
     bool open(Entry& entry);
     void close(Entry& entry);
     bool close_oldest();
+    template <class F>
+    void walk_gaps(Id id, Note::Range const& range, F fnc);
 
     CacheService& _cache;
     int _max_open;
@@ -70,5 +76,35 @@ private:
     std::vector<Entry> _entry_arr; // by identifier, from 1 on
     std::deque<Id> _rest_list;     // those given back, about the longest ago first
 };
+
+// Calls fnc(range) for each part of the range that is not there.
+template <class F>
+void SampleStore::walk_gaps(Id id, Note::Range const& range, F fnc) {
+    if (range.end <= range.beg) {
+        return;
+    }
+    sacc::SplCacheIteratorRead it;
+    _cache.use_cache().get_data(use(id).file_id, range.beg,
+                                static_cast<long>(range.end - range.beg), it);
+    long long pos = range.beg;
+    for (; it.is_rem_elt(); it.iterate()) {
+        if (pos < it.get_data_pos_file()) {
+            fnc(Note::Range{pos, it.get_data_pos_file()});
+        }
+        pos = it.get_data_pos_file() + it.get_data_len();
+    }
+    if (pos < range.end) {
+        fnc(Note::Range{pos, range.end});
+    }
+}
+
+template <class F>
+void SampleStore::walk_lost(Id id, Note const& note, long long a, long long b, F fnc) {
+    walk_gaps(id, note.find_range(a, b), [&](Note::Range const& gap) {
+        if (auto const frames = note.find_frames(a, b, gap); frames.beg < frames.end) {
+            fnc(frames);
+        }
+    });
+}
 
 } // namespace ulk::host::engine

@@ -25,9 +25,14 @@ void ClockDevice::stop() {
 
 void ClockDevice::run() {
     using Clock = std::chrono::steady_clock;
-    std::vector<float> buf(static_cast<std::size_t>(_settings.block_len));
-    std::vector<float> silence(buf.size());
-    std::vector<float*> const out_arr(static_cast<std::size_t>(_settings.nbr_out), buf.data());
+    auto const len = static_cast<std::size_t>(_settings.block_len);
+    std::vector<std::vector<float>> buf_arr(static_cast<std::size_t>(_settings.nbr_out),
+                                            std::vector<float>(len));
+    std::vector<float> silence(len);
+    std::vector<float*> out_arr;
+    for (auto& buf : buf_arr) {
+        out_arr.push_back(buf.data());
+    }
     std::vector<float const*> const in_arr(static_cast<std::size_t>(_settings.nbr_in),
                                            silence.data());
     auto const period = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(

@@ -12,6 +12,8 @@ using engine::NotePlayer;
 
 // Ranges asked for in one pass: some microseconds of work.
 constexpr std::size_t demands_per_pass = 4;
+// Gaps of a note in a block that are told apart.
+constexpr int max_gaps = 4;
 
 long long find_first(long long from, double sample_freq) {
     return std::max(from - std::llround(NotePlan::pre_roll_time * sample_freq), 0LL);
@@ -37,6 +39,9 @@ Deck::Deck(Material const& material, double sample_freq, long block_len, long lo
         state.lack_arr.resize(player->get_nbr_notes());
         _player_arr.push_back(std::move(state));
     }
+    std::size_t const nbr_voices = _player_arr.size() * NotePlan::nbr_voices;
+    _silent_arr.reserve(nbr_voices);
+    _gap_arr.reserve(nbr_voices * max_gaps);
 }
 
 Deck::~Deck() {
@@ -140,6 +145,7 @@ void Deck::read(float* const* chn_arr, long len) {
             _block_pos = 0;
         }
         long const part = std::min(len - done, _block_len - _block_pos);
+        count_lacks(part);
         auto const& mix = _engine.use_mix();
         for (int chn = 0; chn < nbr_chn; ++chn) {
             if (mix.state == engine::Engine::Dsp::State_SIGNAL) {
@@ -155,35 +161,63 @@ void Deck::read(float* const* chn_arr, long len) {
 }
 
 void Deck::make_block() {
-    count_lacks();
+    find_gaps();
     _engine.process(_block_len, _pool);
 }
 
-// What the block is about to play.
-void Deck::count_lacks() {
-    _engine.walk_ranges(_block_len, [this](std::size_t index, std::size_t note, auto const& range) {
-        Lack const lack = count_lack(*_engine.use_players()[index], note, range);
-        if (lack.len > 0) {
-            Lack& sum = _player_arr[index].lack_arr[note];
-            sum.beg = sum.beg < 0 ? lack.beg : sum.beg;
-            sum.len += lack.len;
-            _nbr_lost += lack.len;
+// In what the block is about to play.
+void Deck::find_gaps() {
+    long long const pos = _engine.get_pos();
+    _gap_arr.clear();
+    _engine.walk_ranges(_block_len, [&](std::size_t index, std::size_t note_place, auto const&) {
+        NotePlayer const& player = *_engine.use_players()[index];
+        Note const& note = player.use_note(note_place);
+        auto const id = player.get_sample_id(note_place);
+        if (id == NotePlayer::no_id) {
+            _silent_arr.push_back({index, note_place});
+            return;
         }
+        int nbr_gaps = 0;
+        _material.store.walk_lost(id, note, std::max(pos, note.heard_beg),
+                                  std::min(pos + _block_len, note.heard_end),
+                                  [&](Note::Range const& lost) {
+                                      if (nbr_gaps++ < max_gaps) {
+                                          _gap_arr.push_back({{index, note_place}, lost});
+                                      } else {
+                                          _gap_arr.back().frames.end = lost.end;
+                                      }
+                                  });
     });
+    find_silent_notes();
 }
 
 // A note that has no file when it begins never plays.
-Deck::Lack Deck::count_lack(NotePlayer const& player, std::size_t place,
-                            Note::Range const& range) const {
-    Note const& note = player.use_note(place);
-    if (player.get_sample_id(place) == NotePlayer::no_id) {
-        return {note.beg, note.end - note.beg};
+void Deck::find_silent_notes() {
+    long long const pos = _engine.get_pos();
+    for (NotePlace const& place : _silent_arr) {
+        Note const& note = _engine.use_players()[place.player]->use_note(place.note);
+        _gap_arr.push_back(
+            {place, {std::max(pos, note.heard_beg), std::min(pos + _block_len, note.heard_end)}});
     }
-    long long const missing = _material.store.count_missing(player.get_sample_id(place), range);
-    long long const beg = std::max(_engine.get_pos(), note.beg);
-    long long const len = std::min(_engine.get_pos() + _block_len, note.end) - beg;
-    double const frames = static_cast<double>(missing) / static_cast<double>(note.rate);
-    return {beg, std::min<long long>(std::llround(frames), len)};
+    std::erase_if(_silent_arr, [&](NotePlace const& place) {
+        Note const& note = _engine.use_players()[place.player]->use_note(place.note);
+        return note.heard_end <= pos + _block_len;
+    });
+}
+
+// In the next len frames to be read of the block.
+void Deck::count_lacks(long len) {
+    long long const pos = _engine.get_pos() - _block_len + _block_pos;
+    for (Gap const& gap : _gap_arr) {
+        long long const beg = std::max(pos, gap.frames.beg);
+        long long const lost = std::min(pos + len, gap.frames.end) - beg;
+        if (lost > 0) {
+            Lack& sum = _player_arr[gap.place.player].lack_arr[gap.place.note];
+            sum.beg = sum.beg < 0 ? beg : sum.beg;
+            sum.len += lost;
+            _nbr_lost += lost;
+        }
+    }
 }
 
 std::vector<Deck::Loss> Deck::list_losses() const {
@@ -194,7 +228,8 @@ std::vector<Deck::Loss> Deck::list_losses() const {
             Lack const& lack = state.lack_arr[place];
             if (lack.beg >= 0) {
                 Note const& note = _engine.use_players()[index]->use_note(place);
-                double const time = static_cast<double>(lack.beg + _first) / _sample_freq;
+                double const time =
+                    static_cast<double>(lack.beg + _first - NotePlan::lead) / _sample_freq;
                 loss_arr.push_back(
                     {note.track, note.clip, time, lack.len, state.refused_arr[place]});
             }

@@ -75,6 +75,15 @@ private:
         engine::SampleStore::Id id;
         Note::Range range;
     };
+    struct NotePlace {
+        std::size_t player;
+        std::size_t note;
+    };
+    // Frames that a note lacks.
+    struct Gap {
+        NotePlace place;
+        Note::Range frames; // of the engine
+    };
     struct Opened {
         std::size_t player;
         std::size_t note;
@@ -85,9 +94,9 @@ private:
     void open_files(long long end);
     void request(long len);
     void make_block();
-    void count_lacks();
-    Lack count_lack(engine::NotePlayer const& player, std::size_t note,
-                    Note::Range const& range) const;
+    void find_gaps();
+    void find_silent_notes();
+    void count_lacks(long len);
 
     Material _material;
     double _sample_freq;
@@ -99,9 +108,11 @@ private:
     engine::Engine _engine;
     engine::WorkerPool _pool{1};
     std::vector<PlayerState> _player_arr;
-    std::vector<Opened> _opened_arr; // of one feed()
-    std::vector<Demand> _demand_arr; // of one feed()
-    long _block_pos;                 // frames read of the engine's last block
+    std::vector<Opened> _opened_arr;    // of one feed()
+    std::vector<Demand> _demand_arr;    // of one feed()
+    std::vector<NotePlace> _silent_arr; // notes that had no file when they began
+    std::vector<Gap> _gap_arr;          // of the engine's last block
+    long _block_pos;                    // frames read of the engine's last block
     long long _nbr_lost = 0;
 };
 

@@ -282,6 +282,7 @@ std::vector<Deck::Loss> Player::list_losses() {
         auto const [place, new_flag] = loss_map.try_emplace({loss.track, loss.clip}, loss);
         if (!new_flag) {
             place->second.len += loss.len;
+            place->second.refused_flag |= loss.refused_flag;
         }
     }
     std::vector<Deck::Loss> loss_arr;

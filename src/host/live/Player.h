@@ -93,6 +93,8 @@ public:
     std::vector<Deck::Loss> list_losses();
 
 private:
+    friend class PlayerProbe; // shows the inside to the tests
+
     // A deck with what is known of it on the control side.
     struct Slot {
         std::unique_ptr<Deck> deck;

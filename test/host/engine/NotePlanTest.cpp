@@ -92,6 +92,23 @@ TEST_F(NotePlanTest, LengthsEndANoteUnlessTheSampleDoes) {
     EXPECT_EQ(Note::never, note_arr[2].off);
 }
 
+TEST_F(NotePlanTest, WhatIsHeardIsKnownToTheFrame) {
+    for (int offset = 0; offset < 3000; ++offset) {
+        SCOPED_TRACE(offset);
+        _session.track_arr[0].clips.clear();
+        add(0, 0.25).offset = offset / 48000.0;
+        auto& cut = add(0, 0.25);
+        cut.offset = offset / 48000.0;
+        cut.length = 0.5;
+        auto const note_arr = make_notes();
+        for (auto const& note : note_arr) {
+            ASSERT_EQ(12000 + NotePlan::lead, note.heard_beg);
+        }
+        ASSERT_EQ(12000 + 48000 - offset + NotePlan::lead, note_arr[0].heard_end);
+        ASSERT_EQ(12000 + 24000 + 240 + NotePlan::lead, note_arr[1].heard_end);
+    }
+}
+
 TEST_F(NotePlanTest, StereoOnAMonoTrackGoesToAPinOfItsOwn) {
     _session.track_arr[0].nbr_chn = 1;
     add(0, 0);
@@ -223,6 +240,34 @@ TEST(NoteTest, TheRangeHoldsAllThatIsRead) {
             ASSERT_LE(range.beg, std::max(0LL, static_cast<long long>(std::floor(pos - 1))));
             ASSERT_GE(range.end, static_cast<long long>(std::floor(last)) + 2);
             pos += static_cast<double>(static_cast<float>(block_len) * note.rate);
+        }
+    }
+}
+
+// Of one source frame that is not there, at any rate.
+TEST(NoteTest, AGapTakesTheFramesThatTouchIt) {
+    std::mt19937 rng(9);
+    std::uniform_real_distribution<double> dist(0, 1);
+    for (int count = 0; count < 300; ++count) {
+        Note note = {};
+        bool const same_flag = dist(rng) < 0.3;
+        note.rate = same_flag ? 1.f : static_cast<float>(std::exp2(8 * dist(rng) - 4));
+        note.src_beg = same_flag ? std::floor(1e5 * dist(rng)) : 1e5 * dist(rng);
+        note.spl_len = 1LL << 40;
+        note.beg = static_cast<long long>(1e5 * dist(rng));
+        long long const gap =
+            static_cast<long long>(note.src_beg) + static_cast<long long>(2000 * dist(rng));
+        auto const frames = note.find_frames(note.beg, note.beg + 40000, {gap, gap + 1});
+        for (long long frame = note.beg; frame < note.beg + 40000; ++frame) {
+            double const pos =
+                note.src_beg - 1 +
+                static_cast<double>(frame - note.beg) * static_cast<double>(note.rate);
+            double const dist_to_gap = std::fabs(pos - static_cast<double>(gap));
+            if (std::fabs(dist_to_gap - 1) > 1e-3) {
+                ASSERT_EQ(dist_to_gap < 1, frame >= frames.beg && frame < frames.end) << pos;
+            } else if (same_flag) {
+                ASSERT_FALSE(frame >= frames.beg && frame < frames.end);
+            }
         }
     }
 }
