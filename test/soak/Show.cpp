@@ -46,7 +46,7 @@ void Show::change_weather() {
         weather.stall = std::chrono::milliseconds(draw_int(10, draw_int(0, 3) == 0 ? 3000 : 600));
     }
     if (draw_int(0, 2) == 0) {
-        weather.fail_ratio = draw(0, 0.03);
+        weather.fail_ratio = draw(0, 0.02);
     }
     if (draw_int(0, 2) == 0) {
         weather.odd_ratio = draw(0, 0.2);
