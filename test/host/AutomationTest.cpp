@@ -29,6 +29,20 @@ protected:
         return "";
     }
 
+    // Parameter, time stamp, length of the ramp and its ends; a jump has no start.
+    using Events = std::vector<std::tuple<int, long, long, double, double>>;
+    static Events list(Dsp::EventList const& evt_list) {
+        EXPECT_TRUE(evt_list.check_events());
+        Events events;
+        for (long i = 0; i < evt_list.nbr_evt; ++i) {
+            Dsp::Event const& evt = *evt_list.evt_arr[i];
+            bool const ramp_flag = evt.param.ramp_len > 0;
+            events.emplace_back(evt.param.location.index, evt.timestamp, evt.param.ramp_len,
+                                ramp_flag ? evt.param.val_beg : 0, evt.param.val_end);
+        }
+        return events;
+    }
+
     Bundle _bundle{BUILD_DIR "/baplug.so"};
     std::unique_ptr<Plugin> _plugin = _bundle.instantiate("Brevanto#TessitoneDryWet");
     ParamTable _params{*_plugin};
@@ -136,6 +150,44 @@ TEST_F(AutomationTest, RampsStartWhereTheParameterStands) {
             EXPECT_NEAR(val_beg, list.evt_arr[i]->param.val_beg, 1e-12);
         }
     }
+}
+
+TEST_F(AutomationTest, ABlockThatStartsAnywhereHasWhatWentBefore) {
+    _plugin->init();                                                           // the balance at 0
+    std::vector<ParamChange> const change_arr = {{"", 0.100, "1", "0", 0.100}, // up to 1
+                                                 {"", 0.050, "0", "on", 0},
+                                                 {"", 0.300, "0", "off", 0},
+                                                 {"", 0.400, "1", "50", 0.100}};
+    struct Case {
+        long long pos;
+        Events start;
+        Events block; // up to frame 350
+    };
+    for (Case const& c : {Case{0, {}, {{0, 50, 0, 0, 1}, {1, 100, 100, 0, 1}, {0, 300, 0, 0, 0}}},
+                          // What begins at the frame itself is in force.
+                          Case{50, {{0, 0, 0, 0, 1}}, {{1, 50, 100, 0, 1}, {0, 250, 0, 0, 0}}},
+                          Case{99, {{0, 0, 0, 0, 1}}, {{1, 1, 100, 0, 1}, {0, 201, 0, 0, 0}}},
+                          Case{100, {{0, 0, 0, 0, 1}}, {{1, 0, 100, 0, 1}, {0, 200, 0, 0, 0}}},
+                          // A ramp that runs goes on from where it is.
+                          Case{150, {{0, 0, 0, 0, 1}}, {{1, 0, 50, 0.5, 1}, {0, 150, 0, 0, 0}}},
+                          Case{199, {{0, 0, 0, 0, 1}}, {{1, 0, 1, 0.99, 1}, {0, 101, 0, 0, 0}}},
+                          Case{200, {{0, 0, 0, 0, 1}, {1, 0, 0, 0, 1}}, {{0, 100, 0, 0, 0}}},
+                          // The last change of a parameter alone counts.
+                          Case{300, {{0, 0, 0, 0, 0}, {1, 0, 0, 0, 1}}, {}}}) {
+        SCOPED_TRACE(c.pos);
+        Automation automation(_params, change_arr, freq);
+        automation.start_at(c.pos);
+        EXPECT_EQ(c.start, list(automation.find_start()));
+        EXPECT_EQ(c.block, list(automation.find_block(c.pos, static_cast<long>(350 - c.pos))));
+        EXPECT_EQ((Events{{1, 50, 100, 1, 0.5}}), list(automation.find_block(350, 100)));
+        EXPECT_EQ(c.start, list(automation.find_start())); // stays
+    }
+}
+
+TEST_F(AutomationTest, WithoutAStartNothingRests) {
+    Automation automation(_params, {{"", 0, "1", "0", 0}}, freq);
+    EXPECT_EQ(0, automation.find_start().nbr_evt);
+    EXPECT_EQ(1, automation.find_block(0, 1).nbr_evt);
 }
 
 TEST_F(AutomationFileTest, ReadsLines) {

@@ -189,7 +189,7 @@ TEST_F(GraphTest, LongChainNeedsFewBuffers) {
     }
 }
 
-// Random routings of mono nodes: whatever buffers are shared, all that arrives is right.
+// Random routings of mono nodes and buses: whatever buffers are shared, all that arrives is right.
 TEST_F(GraphTest, RandomRoutingsSumWhatArrives) {
     for (unsigned int seed = 0; seed < 100 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
@@ -204,9 +204,10 @@ TEST_F(GraphTest, RandomRoutingsSumWhatArrives) {
         for (int node = 0; node < nbr_in + nbr_mid + 1; ++node) {
             bool const in_flag = node < nbr_in;
             bool const out_flag = node == nbr_in + nbr_mid;
-            in_flag    ? add("in", in_id, {{}, {1}})
-            : out_flag ? add("out", out_id, {{1}, {}})
-                       : add_bypass("mid");
+            in_flag           ? add("in", in_id, {{}, {1}})
+            : out_flag        ? add("out", out_id, {{1}, {}})
+            : roll(0, 1) == 0 ? add_bypass("mid")
+                              : _graph.add_bus("bus", 1);
             src_arr.emplace_back();
             for (int n = in_flag ? 0 : roll(0, 4); n > 0; --n) {
                 src_arr.back().push_back(roll(0, node - 1));
@@ -242,6 +243,192 @@ TEST_F(GraphTest, RandomRoutingsSumWhatArrives) {
             }
         }
     }
+}
+
+// Two sources into a bus, and that one into two end points.
+TEST_F(GraphTest, ABusHandsOnTheSumOfItsSources) {
+    int const in = add("in", in_id, {{}, {2, 2, 2}});
+    int const bus = _graph.add_bus("bus", 2);
+    int const next = _graph.add_bus("next", 2);
+    int const out = add("out", out_id, {{2, 2}, {}});
+    _graph.connect({in, 0}, {bus, 0});
+    _graph.connect({in, 1}, {bus, 0});
+    _graph.connect({bus, 0}, {next, 0});
+    _graph.connect({next, 0}, {out, 0});
+    _graph.connect({bus, 0}, {out, 1});
+    _graph.prepare(max_len);
+    EXPECT_TRUE(_graph.is_bus(bus));
+    EXPECT_FALSE(_graph.is_bus(in));
+    EXPECT_EQ((std::vector<std::vector<int>>{{in}, {bus}, {next}, {out}}), _graph.use_levels());
+    fill(in, 0, 2, 0.25f);
+    fill(in, 1, 2, 7);
+    process();
+    // What is nothing but handed on is not copied.
+    EXPECT_EQ(_graph.use_output(bus, 0).chn_arr, _graph.use_input(out, 0).chn_arr);
+    EXPECT_EQ(_graph.use_output(bus, 0).chn_arr, _graph.use_input(out, 1).chn_arr);
+    auto const& result = _graph.use_input(out, 0);
+    EXPECT_EQ(Dsp::State_SIGNAL, result.state);
+    for (long chn = 0; chn < 2; ++chn) {
+        for (long i = 0; i < max_len; ++i) {
+            EXPECT_EQ(_graph.use_output(in, 0).chn_arr[chn][i] +
+                          _graph.use_output(in, 1).chn_arr[chn][i],
+                      result.chn_arr[chn][i]);
+        }
+    }
+}
+
+// The buffers of what a bus hands on stay as long as the last that reads them needs them.
+TEST_F(GraphTest, ABusKeepsTheBuffersThatItHandsOn) {
+    int const in = add("in", in_id, {{}, {1, 1}});
+    int const bus = _graph.add_bus("bus", 1);
+    int const out = add("out", out_id, {{1}, {}});
+    _graph.connect({in, 0}, {bus, 0});
+    int last = in;
+    for (int i = 0; i < 6; ++i) { // a longer way, which takes buffers
+        int const next = add_bypass(std::to_string(i));
+        int const sum = _graph.add_bus("sum", 1);
+        _graph.connect({last, last == in ? 1 : 0}, {next, 0});
+        _graph.connect({next, 0}, {sum, 0});
+        _graph.connect({next, 0}, {sum, 0});
+        last = sum;
+    }
+    _graph.connect({bus, 0}, {out, 0});
+    _graph.connect({last, 0}, {out, 0});
+    _graph.prepare(max_len);
+    fill(in, 0, 1, 0.25f);
+    fill(in, 1, 1, 1024);
+    auto const a = std::vector<float>(_graph.use_output(in, 0).chn_arr[0],
+                                      _graph.use_output(in, 0).chn_arr[0] + max_len);
+    auto const b = std::vector<float>(_graph.use_output(in, 1).chn_arr[0],
+                                      _graph.use_output(in, 1).chn_arr[0] + max_len);
+    process();
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        EXPECT_EQ(a[i] + 64 * b[i], _graph.use_input(out, 0).chn_arr[0][i]);
+    }
+}
+
+TEST_F(GraphTest, ASilentBusIsSilent) {
+    int const mute = add_bypass("mute");
+    int const bus = _graph.add_bus("bus", 1);
+    int const out = add("out", out_id, {{1}, {}});
+    _graph.connect({mute, 0}, {bus, 0});
+    _graph.connect({bus, 0}, {out, 0});
+    _graph.prepare(max_len);
+    process();
+    EXPECT_EQ(Dsp::State_DIRTY, _graph.use_input(out, 0).state);
+    ASSERT_NE(nullptr, _graph.use_input(out, 0).chn_arr);
+    EXPECT_NE(nullptr, _graph.use_input(out, 0).chn_arr[0]);
+}
+
+TEST_F(GraphTest, GainsRunAlongTheirSpans) {
+    int const in = add("in", in_id, {{}, {2}});
+    int const out = add("out", out_id, {{2, 1}, {}});
+    int const wide = _graph.connect({in, 0}, {out, 0});
+    int const mean = _graph.connect({in, 0}, {out, 1});
+    _graph.prepare(max_len);
+    fill(in, 0, 2, 3);
+    Graph::GainSpans const spans = {{0, 16, 0.5f, 0.5f}, {16, 32, 0.5f, 2}, {48, 16, 0, 0}};
+    _graph.use_gain(wide) = spans;
+    _graph.use_gain(mean) = spans;
+    process();
+    for (long i = 0; i < max_len; ++i) {
+        SCOPED_TRACE(i);
+        double const gain = i < 16   ? 0.5
+                            : i < 48 ? 0.5 + 1.5 * static_cast<double>(i - 16) / 32
+                                     : 0;
+        double const left = static_cast<double>(_graph.use_output(in, 0).chn_arr[0][i]);
+        double const right = static_cast<double>(_graph.use_output(in, 0).chn_arr[1][i]);
+        EXPECT_NEAR(left * gain, static_cast<double>(_graph.use_input(out, 0).chn_arr[0][i]), 1e-5);
+        EXPECT_NEAR(right * gain, static_cast<double>(_graph.use_input(out, 0).chn_arr[1][i]),
+                    1e-5);
+        EXPECT_NEAR((left + right) / 2 * gain,
+                    static_cast<double>(_graph.use_input(out, 1).chn_arr[0][i]), 1e-5);
+    }
+}
+
+TEST_F(GraphTest, AGainOfZeroIsSilence) {
+    int const in = add("in", in_id, {{}, {1, 1}});
+    int const out = add("out", out_id, {{1, 1}, {}});
+    int const only = _graph.connect({in, 0}, {out, 0});
+    int const first = _graph.connect({in, 0}, {out, 1});
+    _graph.connect({in, 1}, {out, 1});
+    _graph.prepare(max_len);
+    fill(in, 0, 1, 3);
+    fill(in, 1, 1, 5);
+    Graph::GainSpans const mute = {{0, 10, 0, 0}, {10, max_len - 10, 0, 0}};
+    _graph.use_gain(only) = mute;
+    _graph.use_gain(first) = mute;
+    process();
+    EXPECT_EQ(Dsp::State_DIRTY, _graph.use_input(out, 0).state);
+    // The other source alone is left, and read where it stands.
+    EXPECT_EQ(_graph.use_output(in, 1).chn_arr, _graph.use_input(out, 1).chn_arr);
+    float buf[max_len] = {1};
+    float* const chn_arr[] = {buf};
+    EXPECT_FALSE(_graph.render_link(only, chn_arr, 1, false, max_len));
+    EXPECT_EQ(1, buf[0]);
+    // A span that begins or ends above zero sounds.
+    _graph.use_gain(only) = {{0, 10, 0, 0}, {10, max_len - 10, 0, 1}};
+    _graph.use_gain(first) = {{0, 10, 1, 0}, {10, max_len - 10, 0, 0}};
+    process();
+    EXPECT_EQ(Dsp::State_SIGNAL, _graph.use_input(out, 0).state);
+    EXPECT_NE(_graph.use_output(in, 1).chn_arr, _graph.use_input(out, 1).chn_arr);
+    // Without spans the gain is one again.
+    _graph.use_gain(only).clear();
+    process();
+    EXPECT_EQ(_graph.use_output(in, 0).chn_arr, _graph.use_input(out, 0).chn_arr);
+}
+
+TEST_F(GraphTest, LinksAreRenderedApart) {
+    int const in = add("in", in_id, {{}, {2, 1}});
+    int const out = add("out", out_id, {{2}, {}});
+    int const wide = _graph.connect({in, 0}, {out, 0});
+    int const mono = _graph.connect({in, 1}, {out, 0});
+    _graph.prepare(max_len);
+    fill(in, 0, 2, 3);
+    fill(in, 1, 1, 50);
+    process();
+    auto const src = [this, in](int pin, long chn, long i) {
+        return _graph.use_output(in, pin).chn_arr[chn][i];
+    };
+    std::vector<std::vector<float>> buf_arr(3, std::vector<float>(max_len, 1000.0f));
+    float* const chn_arr[] = {buf_arr[0].data(), buf_arr[1].data(), buf_arr[2].data()};
+    EXPECT_TRUE(_graph.render_link(wide, chn_arr, 3, false, max_len - 1));
+    for (long i = 0; i < max_len - 1; ++i) {
+        EXPECT_EQ(src(0, 0, i), chn_arr[0][i]);
+        EXPECT_EQ(src(0, 1, i), chn_arr[1][i]);
+        EXPECT_EQ(0, chn_arr[2][i]); // without a partner
+        EXPECT_EQ(src(0, 0, i) + src(1, 0, i), _graph.use_input(out, 0).chn_arr[0][i]);
+        EXPECT_EQ(src(0, 1, i) + src(1, 0, i), _graph.use_input(out, 0).chn_arr[1][i]);
+    }
+    EXPECT_TRUE(_graph.render_link(mono, chn_arr, 3, true, max_len - 1));
+    for (long i = 0; i < max_len - 1; ++i) {
+        EXPECT_EQ(src(0, 1, i) + src(1, 0, i), chn_arr[1][i]);
+        EXPECT_EQ(src(1, 0, i), chn_arr[2][i]);
+    }
+    EXPECT_TRUE(
+        _graph.render_link(wide, chn_arr, 3, true, max_len - 1)); // adds nothing to the third
+    EXPECT_EQ(src(1, 0, 5), chn_arr[2][5]);
+    for (auto const& buf : buf_arr) {
+        EXPECT_EQ(1000, buf.back());
+    }
+}
+
+TEST_F(GraphTest, AnIdleNodeIsLeftAlone) {
+    int const in = add("in", in_id, {{}, {1}});
+    int const mid = add_bypass("mid");
+    int const out = add("out", out_id, {{1}, {}});
+    _graph.connect({in, 0}, {mid, 0});
+    _graph.connect({mid, 0}, {out, 0});
+    _graph.prepare(max_len);
+    fill(in, 0, 1, 0.5f);
+    _graph.set_idle(mid, true);
+    process();
+    EXPECT_TRUE(_graph.is_idle(mid));
+    EXPECT_EQ(Dsp::State_DIRTY, _graph.use_input(out, 0).state);
+    _graph.set_idle(mid, false);
+    process();
+    EXPECT_EQ(Dsp::State_SIGNAL, _graph.use_input(out, 0).state);
+    EXPECT_EQ(0.5f, _graph.use_input(out, 0).chn_arr[0][0]);
 }
 
 TEST_F(GraphTest, LoopsAreRefusedByName) {

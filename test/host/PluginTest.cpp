@@ -194,12 +194,13 @@ TEST(PluginTest, PluginAnswersOutsideTheContract) {
         return 0;
     };
     expect_blame(plugin_side, "impossible", [&] { plugin->negotiate_pin_conf(conf); });
-    fake.answers[CmdPlug::GET_PIN_CONF] = [](void* data) {
-        auto& rec = *static_cast<CmdPlug::GetPinConf*>(data);
-        rec.conf.audio.port_arr[kryn::PinDir_IN].nbr_pins = -3;
-        return 0;
-    };
-    expect_blame(plugin_side, "negative pin count", [&] { plugin->get_pin_conf(); });
+    for (kryn::PinDir const dir : {kryn::PinDir_IN, kryn::PinDir_OUT}) {
+        fake.answers[CmdPlug::GET_PIN_CONF] = [dir](void* data) {
+            static_cast<CmdPlug::GetPinConf*>(data)->conf.audio.port_arr[dir].nbr_pins = -3;
+            return 0;
+        };
+        expect_blame(plugin_side, "negative pin count", [&] { plugin->get_pin_conf(); });
+    }
     fake.answers[CmdPlug::GET_PIN_CONF] = [](void*) { return int(ulk::ace::Err_NO_ROOM); };
     expect_blame(plugin_side, "no room", [&] { plugin->get_pin_conf(); });
     fake.answers[kryn::Component::Cmd::DESCRIBE] = [](void* data) {

@@ -63,7 +63,7 @@ kryn::PluginDsp::EventList NotePlayer::find_events(long len) {
         move_pan(live, _pos + len);
     }
     release_notes(len);
-    _idle_flag = _live_arr.empty() && _entry_arr.empty();
+    _idle_flag = _live_arr.empty();
     _pos += len;
     return sort_events();
 }

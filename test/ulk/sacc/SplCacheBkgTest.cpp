@@ -195,6 +195,31 @@ TEST_F(SplCacheBkgTest, ClosingWritesThePartialCell) {
     EXPECT_EQ(40u, list_rec_free().size());
 }
 
+// A cell on its way to the disk stands behind those that are being filled.
+TEST_F(SplCacheBkgTest, ClosingWritesCellsFromTheBackOfTheList) {
+    give_cells(0, 8);
+    Id const id = create("r");
+    Id const other = create("o");
+    push(id, 25);
+    push(other, 5);
+    EXPECT_EQ(4u, list_rec_used().size());
+    long nbr_writes = 0;
+    {
+        CallFilter const filter([&] {
+            for (long const index : list_rec_used()) {
+                if (use_cell(index).get_status() == Cell::Status_TRANSFER) {
+                    EXPECT_EQ(list_rec_used().back(), index);
+                    ++nbr_writes;
+                }
+            }
+        });
+        EXPECT_EQ(0, cache.close_file(id));
+    }
+    EXPECT_GE(nbr_writes, 3);
+    EXPECT_EQ(1u, list_rec_used().size());
+    EXPECT_EQ(0, cache.close_file(other));
+}
+
 TEST_F(SplCacheBkgTest, AClosedFilesCellsAreTheNextToGo) {
     give_cells(6);
     Id const a = open("a", 30);
