@@ -44,6 +44,12 @@ public:
         check_chn(session.nbr_chn);
         check_time(session.tail, 0);
         check_levels(session.volume);
+        double last = 0;
+        for (auto const& cue : session.cue_arr) {
+            check(!cue.name.empty());
+            check_time(cue.time, last);
+            last = cue.time;
+        }
         for (auto const& track : session.track_arr) {
             check_chn(track.nbr_chn);
             check_levels(track.volume);

@@ -4,6 +4,7 @@
 #include "ulk/dsp/BasicMixing.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace ulk::host {
 
@@ -227,7 +228,18 @@ void Graph::process_node(int index, long nbr_spl) {
     if (!node.idle_flag) {
         Dsp::CmdPlug::Process block = {
             {node.pin_in_arr.data()}, {node.pin_out_arr.data()}, node.evt_list, nbr_spl};
-        node.plugin->process(block);
+        process_plugin(index, block);
+    }
+}
+
+// A plug-in of others may throw whatever it likes.
+void Graph::process_plugin(int node, Dsp::CmdPlug::Process& block) {
+    try {
+        use_plugin(node).process(block);
+    } catch (std::exception const& e) {
+        throw Error(Error::Kind_MATERIAL, get_name(node) + ": " + e.what());
+    } catch (...) {
+        throw Error(Error::Kind_MATERIAL, get_name(node) + ": threw something in PROCESS");
     }
 }
 

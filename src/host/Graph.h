@@ -51,6 +51,9 @@ public:
     int get_nbr_nodes() const { return static_cast<int>(_node_arr.size()); }
     std::string const& get_name(int node) const { return use(node).name; }
     Plugin& use_plugin(int node) { return *use(node).plugin; } // not of a bus
+    // A block of a node's plug-in alone. Throws an Error that names the node, whatever the plug-in
+    // throws. real-time
+    void process_plugin(int node, Dsp::CmdPlug::Process& block);
     // Nodes in the order in which they run; nodes of one level don't depend on each other.
     std::vector<std::vector<int>> const& use_levels() const { return _level_arr; }
 

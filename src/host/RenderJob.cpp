@@ -1,13 +1,11 @@
 #include "host/RenderJob.h"
 
 #include "host/Error.h"
+#include "host/LoadedSession.h"
 #include "host/engine/Renderer.h"
 #include "host/engine/SessionConverter.h"
 #include "host/render/WavPipe.h"
 #include "host/render/WaveformPlot.h"
-#include "host/session/SampleCheck.h"
-#include "host/session/SessionReader.h"
-#include "host/session/TimeScale.h"
 #include "ulk/sys/UserPermissions.h"
 
 #include <algorithm>
@@ -72,8 +70,9 @@ private:
     std::chrono::steady_clock::time_point const _start = std::chrono::steady_clock::now();
     std::clock_t const _start_cpu = std::clock();
 
-    Session _session;
-    std::vector<SampleCheck::Info> _info_arr;
+    LoadedSession _loaded;
+    Session& _session = _loaded.session;
+    std::vector<SampleCheck::Info>& _info_arr = _loaded.info_arr;
     std::vector<RenderReport::MissingSample> _missing_arr;
     render::OutputFormat _format;
     std::unique_ptr<Renderer> _renderer;
@@ -85,24 +84,14 @@ private:
 };
 
 void Run::load(RenderJob::Warn const& warn) {
-    session::Diagnostics diagnostics;
-    _session = session::SessionReader::load(_settings.session_path, diagnostics);
-    diagnostics.check(_session.file_arr);
-    _info_arr = SampleCheck::look(_session);
     using Severity = session::Diagnostic::Severity;
-    SampleCheck::report(_session, _info_arr,
-                        _settings.strict_flag ? Severity::ERROR : Severity::WARNING, diagnostics);
-    diagnostics.sort();
-    diagnostics.check(_session.file_arr);
-    if (!diagnostics.use_list().empty()) {
-        warn(diagnostics.print(_session.file_arr));
-    }
+    _loaded = LoadedSession::load(
+        _settings.session_path, _settings.strict_flag ? Severity::ERROR : Severity::WARNING, warn);
     for (std::size_t sample = 0; sample < _info_arr.size(); ++sample) {
         auto const& info = _session.sample_arr[sample];
         if (!_info_arr[sample].reason.empty()) {
             _missing_arr.push_back(
                 {info.path, _session.tell(info.place), _info_arr[sample].reason});
-            _info_arr[sample].len = 0;
         }
     }
     _format = {_settings.bit_fmt, _settings.sample_freq.value_or(_session.sample_freq),
@@ -123,18 +112,7 @@ void Run::convert() {
 }
 
 double Run::read_time(std::optional<std::string> const& txt, char const* option, double def) const {
-    if (!txt) {
-        return def;
-    }
-    session::TimeScale const scale = {_session.sample_freq, _session.tempo_map};
-    auto const written = session::TimeText::parse(*txt);
-    auto const time = written ? scale.conv(*written, {}) : std::nullopt;
-    if (!time || !(*time >= 0)) {
-        throw Error(Error::Kind_USE, std::string(option) + " " + *txt +
-                                         ": is no time of the session, such as 1.5, \"250 ms\", "
-                                         "1:02.5 or \"5|2\"");
-    }
-    return *time;
+    return txt ? _loaded.read_time(*txt, option) : def;
 }
 
 // What is about to be overwritten is none of what is read.

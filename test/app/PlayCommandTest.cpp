@@ -38,9 +38,28 @@ TEST_F(PlayCommandTest, PlaysASessionToItsEndAndReports) {
     EXPECT_GE(report["voices_max"], 1);
     EXPECT_FALSE(report["real_time"]);
     EXPECT_NE(std::string::npos, played.err.find("rtprio"));
+    EXPECT_TRUE(report["failure"].is_null());
+    EXPECT_LT(report["peaks_db"][0], 24);
+    EXPECT_GT(report["peaks_db"][0], -60);
+    EXPECT_GT(report["cells_max"], 0);
+    long long sum = 0;
+    for (auto const& step : report["waits"]["histogram"]) {
+        sum += step["blocks"].get<long long>();
+    }
+    EXPECT_EQ(report["blocks"], sum);
     // A machine that is busy elsewhere may not keep the time.
     bool const lossy_flag = report["xruns"] > 0 || !report["holes"].empty();
     EXPECT_EQ(lossy_flag ? 3 : 0, played.code) << played.err;
+}
+
+TEST_F(PlayCommandTest, APlugInThatThrowsEndsTheSoundWithAReport) {
+    auto const played =
+        run(std::string("play --json --device none --bundle " FAULTY_DIR "/throws.so ") + session);
+    EXPECT_EQ(2, played.code);
+    EXPECT_NE(std::string::npos, played.err.find(", player: let out")) << played.err;
+    auto const report = nlohmann::json::parse(played.out);
+    EXPECT_NE(std::string::npos, report["failure"].get<std::string>().find("let out"));
+    EXPECT_EQ(0, report["time_s"]);
 }
 
 TEST_F(PlayCommandTest, DevicesThatAreNotThereAreTold) {

@@ -119,9 +119,9 @@ void Takes::record() {
     };
     auto const period = std::chrono::milliseconds(draw(1, 30));
     double const len = 0.05 * draw(1, 400);
-    auto const watch = [&](double time) {
+    auto const watch = [&](RecordJob::View const& view) {
         std::this_thread::sleep_for(period);
-        return !_stop_flag && time < len;
+        return !_stop_flag && view.time < len;
     };
     std::filesystem::remove(_path);
     auto const nbr_failures = _disk.get_stat().nbr_failures;

@@ -13,6 +13,8 @@ struct Context {
     // The bundle to load: the one given, the one that TESSITONE_BUNDLE names, or the one that lies
     // beside the program or where it was installed.
     std::string find_bundle() const;
+    // Where the bundle and the modules beside it lie.
+    std::string find_folder() const;
 };
 
 // Each adds one subcommand, which runs while the command line is parsed and throws an

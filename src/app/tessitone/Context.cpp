@@ -20,6 +20,10 @@ std::string Context::find_bundle() const {
     return fs::exists(installed) ? installed.string() : (folder / "baplug.so").string();
 }
 
+std::string Context::find_folder() const {
+    return fs::absolute(find_bundle()).parent_path();
+}
+
 void add_bundle_option(CLI::App& command, Context& context) {
     command.add_option("--bundle", context.bundle_path, "Bundle of plug-ins to load")
         ->type_name("FILE");

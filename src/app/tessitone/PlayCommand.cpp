@@ -3,16 +3,15 @@
 #include "host/live/PlayJob.h"
 #include "host/render/TimeText.h"
 #include "tessitone/Commands.h"
-#include "ulk/sys/DescriptorOut.h"
+#include "tessitone/LevelText.h"
+#include "tessitone/Options.h"
 #include "ulk/sys/Interrupt.h"
 #include "ulk/sys/KeyReader.h"
 #include "ulk/sys/Terminal.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 namespace tessitone {
@@ -32,10 +31,6 @@ struct Arguments {
     PlayJob::Settings settings;
     bool json_flag = false;
 };
-
-std::string find_folder(Context const& context) {
-    return std::filesystem::absolute(context.find_bundle()).parent_path();
-}
 
 PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
     using ulk::sys::KeyReader;
@@ -58,48 +53,52 @@ PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
     }
 }
 
-void show(Player::State const& state, long nbr_xruns, int nbr_chn) {
-    std::string levels;
-    for (int chn = 0; chn < nbr_chn; ++chn) {
-        auto const peak = static_cast<double>(state.peaks[static_cast<std::size_t>(chn)]);
-        char txt[16];
-        std::snprintf(txt, sizeof(txt), " %6.1f", 20 * std::log10(std::max(peak, 1e-6)));
-        levels += txt;
-    }
-    std::fprintf(stderr, "\r%s %s  %d voices %s dB  cache %ld/%ld  holes %lld  xruns %ld\x1b[K",
+void show(PlayJob::View const& view, int nbr_chn) {
+    Player::State const& state = view.state;
+    std::fprintf(stderr, "\r%s %s%s%s  %d voices %s  cache %ld/%ld  holes %lld  xruns %ld\x1b[K",
                  state.loading_flag   ? "loading"
                  : state.playing_flag ? "playing"
                                       : "paused ",
-                 ulk::host::render::TimeText::print(state.time, 1).c_str(), state.nbr_voices,
-                 levels.c_str(), state.nbr_cells_full, state.nbr_cells, state.nbr_lost, nbr_xruns);
+                 ulk::host::render::TimeText::print(state.time, 1).c_str(),
+                 view.cue.empty() ? "" : "  ", view.cue.c_str(), state.nbr_voices,
+                 LevelText::print(state.peaks, nbr_chn).c_str(), state.nbr_cells_full,
+                 state.nbr_cells, state.nbr_lost, view.nbr_xruns);
     std::fflush(stderr);
 }
 
-void play(Context const& context, Arguments const& args) {
-    ulk::sys::Interrupt::install();
+PlayReport run_job(Context const& context, PlayJob::Settings const& settings) {
     ulk::host::Bundle bundle(context.find_bundle());
-    DeviceModule devices(find_folder(context));
+    DeviceModule devices(context.find_folder());
     ulk::sys::KeyReader keys;
     bool const show_flag = ulk::sys::Terminal::is_stderr_terminal();
     int nbr_chn = 0;
     PlayReport const report = PlayJob::run(
-        bundle, args.settings,
-        [&](Device::Settings const& settings) {
-            nbr_chn = settings.nbr_out;
-            return devices.open(settings);
+        bundle, settings,
+        [&](Device::Settings const& wish) {
+            nbr_chn = wish.nbr_out;
+            return devices.open(wish);
         },
         [](std::string const& txt) { std::fputs(txt.c_str(), stderr); },
-        [&](Player::State const& state, long nbr_xruns) {
+        [&](PlayJob::View const& view) {
             if (show_flag) {
-                show(state, nbr_xruns, nbr_chn);
+                show(view, nbr_chn);
             }
             return read_wish(keys);
         });
     if (show_flag) {
         std::fputc('\n', stderr);
     }
+    return report;
+}
+
+void play(Context const& context, Arguments const& args) {
+    ulk::sys::Interrupt::install();
+    PlayReport const report = run_job(context, args.settings);
     std::string const txt = args.json_flag ? report.make_json().dump(2) + "\n" : report.print();
     std::fputs(txt.c_str(), stdout);
+    if (report.failure) {
+        throw *report.failure;
+    }
     if (report.is_lossy()) {
         throw Error(Error::Kind_LOST, "played, but not all was heard as it should be; see the "
                                       "report");
@@ -107,7 +106,7 @@ void play(Context const& context, Arguments const& args) {
 }
 
 void list_devices(Context const& context, bool json_flag) {
-    DeviceModule devices(find_folder(context));
+    DeviceModule devices(context.find_folder());
     auto json = nlohmann::json::array();
     for (Device::Info const& info : devices.list_devices()) {
         json.push_back({{"name", info.name},
@@ -133,25 +132,19 @@ void list_devices(Context const& context, bool json_flag) {
 
 void add_play_command(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand(
-        "play", "Play a session. Keys: space pauses, arrows jump 5 s, n goes to the next clip, q "
+        "play", "Play a session. Keys: space pauses, arrows jump 5 s, n goes to the next cue, q "
                 "stops");
     auto const args = std::make_shared<Arguments>();
     auto& settings = args->settings;
     add_bundle_option(*command, context);
-    command->add_option("session", settings.session_path, "Session to play, TOML or JSON")
-        ->type_name("SESSION")
-        ->required();
-    command->add_option("--device", settings.device, "A device's name, or a part of it")
-        ->type_name("NAME");
-    command->add_option("--from", settings.from, "Begin there: 1.5, \"250 ms\", 1:02.5 or \"5|2\"")
-        ->type_name("T");
+    add_session_argument(*command, settings.session_path, "Session to play, TOML or JSON");
+    add_device_option(*command, settings.device);
+    add_from_option(*command, settings.from);
     command->add_option("--loop", settings.loop, "Go round from A to B")
         ->type_name("A B")
         ->expected(2);
-    command
-        ->add_option("--rate", settings.sample_freq, "Sample rate in Hz; the session's by default")
-        ->type_name("N")
-        ->check(CLI::Range(8000, 384000));
+    check_rate_option(command->add_option("--rate", settings.sample_freq,
+                                          "Sample rate in Hz; the session's by default"));
     command->add_option("--block", settings.block_len, "Block length in frames, as a wish")
         ->type_name("N")
         ->check(CLI::Range(16, 4096))

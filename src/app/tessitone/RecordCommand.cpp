@@ -4,12 +4,13 @@
 #include "host/render/OutputFormat.h"
 #include "host/render/TimeText.h"
 #include "tessitone/Commands.h"
+#include "tessitone/LevelText.h"
+#include "tessitone/Options.h"
 #include "ulk/sys/Interrupt.h"
 #include "ulk/sys/KeyReader.h"
 #include "ulk/sys/Terminal.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 namespace tessitone {
@@ -30,31 +31,45 @@ struct Arguments {
     std::string format = "s24";
 };
 
+void show(RecordJob::View const& view, int nbr_chn) {
+    std::fprintf(stderr, "\rrecording %s %s  lost %lld  xruns %ld (q stops)\x1b[K",
+                 TimeText::print(view.time, 1).c_str(),
+                 LevelText::print(view.peaks, nbr_chn).c_str(), view.nbr_lost, view.nbr_xruns);
+    std::fflush(stderr);
+}
+
+void report(RecordJob::Settings const& settings, RecordJob::Result const& result) {
+    std::printf(
+        "%s: %s from %s, %lld frames lost, %ld xruns\n  peaks    %s\n%s", settings.path.c_str(),
+        TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
+        result.device.c_str(), result.nbr_lost, result.nbr_xruns,
+        LevelText::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str());
+    if (result.failure) {
+        throw *result.failure;
+    }
+    if (result.nbr_lost > 0 || result.nbr_xruns > 0) {
+        throw Error(Error::Kind_LOST, settings.path + ": recorded, but something was lost");
+    }
+}
+
 void record(Context const& context, Arguments& args) {
     args.settings.bit_fmt = OutputFormat::find_bit_fmt(args.format);
     ulk::sys::Interrupt::install();
-    DeviceModule devices(std::filesystem::absolute(context.find_bundle()).parent_path());
+    DeviceModule devices(context.find_folder());
     ulk::sys::KeyReader keys;
     bool const show_flag = ulk::sys::Terminal::is_stderr_terminal();
-    RecordJob::Result const result = RecordJob::run(
-        args.settings, [&](Device::Settings const& settings) { return devices.open(settings); },
-        [&](double time) {
+    auto const result = RecordJob::run(
+        args.settings, [&](Device::Settings const& wish) { return devices.open(wish); },
+        [&](RecordJob::View const& view) {
             if (show_flag) {
-                std::fprintf(stderr, "\rrecording %s (q stops)\x1b[K",
-                             TimeText::print(time, 1).c_str());
+                show(view, args.settings.nbr_chn);
             }
             return keys.read(watch_period) != 'q' && !ulk::sys::Interrupt::is_asked();
         });
     if (show_flag) {
         std::fputc('\n', stderr);
     }
-    std::printf(
-        "%s: %s from %s, %lld frames lost, %ld xruns\n", args.settings.path.c_str(),
-        TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
-        result.device.c_str(), result.nbr_lost, result.nbr_xruns);
-    if (result.nbr_lost > 0 || result.nbr_xruns > 0) {
-        throw Error(Error::Kind_LOST, args.settings.path + ": recorded, but something was lost");
-    }
+    report(args.settings, result);
 }
 
 } // namespace
@@ -68,19 +83,13 @@ void add_record_command(CLI::App& app, Context& context) {
     command->add_option("output", settings.path, "WAV file to write")
         ->type_name("OUT.wav")
         ->required();
-    command->add_option("--device", settings.device, "A device's name, or a part of it")
-        ->type_name("NAME");
+    add_device_option(*command, settings.device);
     command->add_option("--channels", settings.nbr_chn, "Channels")
         ->type_name("N")
         ->check(CLI::Range(1, 16))
         ->capture_default_str();
-    command->add_option("--format", args->format, "Samples of the file")
-        ->type_name("u8|s16|s24|s32|f32")
-        ->check(CLI::IsMember(OutputFormat::list_names()))
-        ->capture_default_str();
-    command->add_option("--rate", settings.sample_freq, "Sample rate in Hz")
-        ->type_name("N")
-        ->check(CLI::Range(8000, 384000))
+    add_format_option(*command, args->format, "Samples of the file");
+    check_rate_option(command->add_option("--rate", settings.sample_freq, "Sample rate in Hz"))
         ->capture_default_str();
     command->add_option("--length", settings.len, "Stop after so many seconds")
         ->type_name("S")

@@ -2,6 +2,7 @@
 #include "host/RenderJob.h"
 #include "host/render/WaveText.h"
 #include "tessitone/Commands.h"
+#include "tessitone/Options.h"
 #include "tessitone/Progress.h"
 #include "ulk/sys/DescriptorOut.h"
 #include "ulk/sys/Interrupt.h"
@@ -121,8 +122,7 @@ void render(Context const& context, Arguments& args) {
 }
 
 void add_span_options(CLI::App& command, RenderJob::Settings& settings) {
-    command.add_option("--from", settings.from, "Begin there: 1.5, \"250 ms\", 1:02.5 or \"5|2\"")
-        ->type_name("T");
+    add_from_option(command, settings.from);
     command.add_option("--to", settings.to, "End there; by default behind the last clip")
         ->type_name("T");
     command.add_option("--tail", settings.tail, "Go on so long behind the last clip")
@@ -131,10 +131,8 @@ void add_span_options(CLI::App& command, RenderJob::Settings& settings) {
 
 void add_engine_options(CLI::App& command, Arguments& args) {
     auto& settings = args.settings;
-    command
-        .add_option("--rate", settings.sample_freq, "Sample rate in Hz; the session's by default")
-        ->type_name("N")
-        ->check(CLI::Range(8000, 384000));
+    check_rate_option(command.add_option("--rate", settings.sample_freq,
+                                         "Sample rate in Hz; the session's by default"));
     command.add_option("--block", settings.block_len, "Block length in frames")
         ->type_name("N")
         ->check(CLI::Range(16, 65536))
@@ -163,10 +161,7 @@ void add_output_options(CLI::App& command, Arguments& args) {
         .add_option("-o,--output", settings.out_path,
                     "WAV file to write, - for standard output; by default the session's name")
         ->type_name("FILE");
-    command.add_option("--format", args.format, "Samples of the output")
-        ->type_name("u8|s16|s24|s32|f32")
-        ->check(CLI::IsMember(OutputFormat::list_names()))
-        ->capture_default_str();
+    add_format_option(command, args.format, "Samples of the output");
     command
         .add_option("--stems", settings.stem_folder,
                     "Write a file for each track that feeds the mix, too; they sum to it")
@@ -188,9 +183,7 @@ void add_render_command(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand("render", "Render a session into a WAV file");
     auto const args = std::make_shared<Arguments>();
     add_bundle_option(*command, context);
-    command->add_option("session", args->settings.session_path, "Session to render, TOML or JSON")
-        ->type_name("SESSION")
-        ->required();
+    add_session_argument(*command, args->settings.session_path, "Session to render, TOML or JSON");
     add_output_options(*command, *args);
     add_span_options(*command, args->settings);
     add_engine_options(*command, *args);

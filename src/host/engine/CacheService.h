@@ -23,7 +23,7 @@ public:
     public:
         explicit Pass(CacheService& service)
             : _mutex(service._mutex_rt) {
-            _mutex.lock();
+            _mutex.lock_quick();
         }
         ~Pass() { _mutex.unlock(); }
         Pass(Pass const&) = delete;

@@ -130,11 +130,10 @@ void Engine::start_insert(InsertNode& insert) {
     PinBuffers out(insert.conf.out, 1);
     in.set_all_states(Dsp::State_DIRTY);
     out.set_all_states(Dsp::State_CLEARED);
-    Plugin& plugin = _graph.use_plugin(insert.node);
     Dsp::CmdPlug::Process block = {in.use_port(), out.use_port(), insert.automation->find_start(),
                                    1};
-    plugin.process(block);
-    plugin.clear_buffers();
+    _graph.process_plugin(insert.node, block);
+    _graph.use_plugin(insert.node).clear_buffers();
 }
 
 void Engine::connect_dry_sides() {

@@ -49,14 +49,17 @@ Deck::~Deck() {
 }
 
 void Deck::feed(long len) {
-    long long pos = 0;
-    {
-        engine::CacheService::Pass const pass(_material.cache);
-        pos = _engine.get_pos();
-    }
+    long long const pos = find_pos();
     give_back_ended(pos);
     open_files(pos + len);
-    request(len);
+    list_demands(pos, len);
+    walk_demands(
+        [this](Demand const& demand) { _material.store.prefetch(demand.id, demand.range); });
+}
+
+long long Deck::find_pos() const {
+    engine::CacheService::Pass const pass(_material.cache);
+    return _engine.get_pos();
 }
 
 void Deck::give_back_ended(long long pos) {
@@ -97,35 +100,41 @@ void Deck::open_files(long long end) {
     }
 }
 
-void Deck::request(long len) {
+// What sounds within len frames from pos on.
+void Deck::list_demands(long long pos, long len) {
     _demand_arr.clear();
-    {
-        engine::CacheService::Pass const pass(_material.cache);
-        _engine.walk_ranges(len, [this](std::size_t index, std::size_t note, auto const& range) {
-            auto const id = _engine.use_players()[index]->get_sample_id(note);
-            if (id != NotePlayer::no_id && range.beg < range.end) {
-                _demand_arr.push_back({id, range});
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        NotePlayer const& player = *_engine.use_players()[index];
+        for (std::size_t const place : _player_arr[index].held_arr) {
+            Note const& note = player.use_note(place);
+            long long const beg = std::max(pos, note.beg);
+            long long const end = std::min(pos + len, note.end);
+            if (beg < end) {
+                _demand_arr.push_back({player.get_sample_id(place), note.find_range(beg, end)});
             }
-        });
-    }
-    for (std::size_t beg = 0; beg < _demand_arr.size(); beg += demands_per_pass) {
-        std::size_t const end = std::min(beg + demands_per_pass, _demand_arr.size());
-        engine::CacheService::Pass const pass(_material.cache);
-        for (std::size_t index = beg; index < end; ++index) {
-            _material.store.prefetch(_demand_arr[index].id, _demand_arr[index].range);
         }
     }
 }
 
-bool Deck::is_loaded(long len) const {
-    bool loaded_flag = true;
-    engine::CacheService::Pass const pass(_material.cache);
-    _engine.walk_ranges(len, [&](std::size_t index, std::size_t note, auto const& range) {
-        auto const id = _engine.use_players()[index]->get_sample_id(note);
-        loaded_flag = loaded_flag &&
-                      (id == NotePlayer::no_id || _material.store.count_missing(id, range) == 0);
+// Calls fnc(demand) for all, in passes that are short.
+template <class F>
+void Deck::walk_demands(F fnc) {
+    for (std::size_t beg = 0; beg < _demand_arr.size(); beg += demands_per_pass) {
+        std::size_t const end = std::min(beg + demands_per_pass, _demand_arr.size());
+        engine::CacheService::Pass const pass(_material.cache);
+        for (std::size_t index = beg; index < end; ++index) {
+            fnc(_demand_arr[index]);
+        }
+    }
+}
+
+bool Deck::is_loaded(long len) {
+    long long nbr_missing = 0;
+    list_demands(find_pos(), len);
+    walk_demands([&](Demand const& demand) {
+        nbr_missing += _material.store.count_missing(demand.id, demand.range);
     });
-    return loaded_flag;
+    return nbr_missing == 0;
 }
 
 bool Deck::pre_roll() {

@@ -44,7 +44,7 @@ public:
     // asks for the data, in passes that are short.
     void feed(long len);
     // Whether all that sounds within the next len frames is in memory.
-    bool is_loaded(long len) const;
+    bool is_loaded(long len);
     std::vector<Loss> list_losses() const; // when it is read no more
 
     // Below: real-time, within a pass.
@@ -92,7 +92,10 @@ private:
 
     void give_back_ended(long long pos);
     void open_files(long long end);
-    void request(long len);
+    long long find_pos() const;
+    void list_demands(long long pos, long len);
+    template <class F>
+    void walk_demands(F fnc);
     void make_block();
     void find_gaps();
     void find_silent_notes();
@@ -109,7 +112,7 @@ private:
     engine::WorkerPool _pool{1};
     std::vector<PlayerState> _player_arr;
     std::vector<Opened> _opened_arr;    // of one feed()
-    std::vector<Demand> _demand_arr;    // of one feed()
+    std::vector<Demand> _demand_arr;    // of one feed() or is_loaded()
     std::vector<NotePlace> _silent_arr; // notes that had no file when they began
     std::vector<Gap> _gap_arr;          // of the engine's last block
     long _block_pos;                    // frames read of the engine's last block

@@ -1,10 +1,7 @@
 #include "host/live/PlayJob.h"
 
 #include "host/Error.h"
-#include "host/session/SampleCheck.h"
-#include "host/session/SessionReader.h"
-#include "host/session/TimeScale.h"
-#include "host/session/TimeText.h"
+#include "host/LoadedSession.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,67 +13,41 @@ namespace {
 
 using session::Session;
 
-constexpr double jump_time = 5;    // s, of the keys for back and forth
-constexpr double cue_slack = 0.05; // s, that a cue lies behind where it plays to be the next one
+constexpr double jump_time = 5;                           // s, of the keys for back and forth
 constexpr auto fade_wait = std::chrono::milliseconds(50); // for the last fade to be heard
 
 // The work of one run.
 class Run {
 public:
-    Run(Bundle& bundle, PlayJob::Settings const& settings)
+    Run(Bundle& bundle, PlayJob::Settings const& settings, PlayJob::Warn const& warn)
         : _bundle(bundle)
-        , _settings(settings) {}
+        , _settings(settings)
+        , _loaded(LoadedSession::load(settings.session_path, session::Diagnostic::Severity::WARNING,
+                                      warn)) {}
 
-    void load(PlayJob::Warn const& warn);
     void open(PlayJob::Open const& open_device);
     void play(PlayJob::Warn const& warn, PlayJob::Watch const& watch);
     PlayReport make_report();
 
 private:
-    double read_time(std::string const& txt, char const* option) const;
     void make_player();
+    bool goes_on();
     void grant(PlayJob::Wish wish, Player::State const& state);
-    void check_alive() const;
+    void jump(double time);
     void warn_of_priority(PlayJob::Warn const& warn);
 
     Bundle& _bundle;
     PlayJob::Settings const& _settings;
-    Session _session;
-    std::vector<engine::SampleFacts> _fact_arr;
+    LoadedSession const _loaded;
+    Session const& _session = _loaded.session;
     std::unique_ptr<Player> _player;
     std::unique_ptr<Device> _device; // its callback ends before the player
     bool _pause_flag = false;
     bool _stop_flag = false;
+    double _target = 0; // s, of the last jump
+    std::optional<Error> _failure;
     bool _real_time_flag = false;
 };
-
-void Run::load(PlayJob::Warn const& warn) {
-    session::Diagnostics diagnostics;
-    _session = session::SessionReader::load(_settings.session_path, diagnostics);
-    diagnostics.check(_session.file_arr);
-    _fact_arr = session::SampleCheck::look(_session);
-    session::SampleCheck::report(_session, _fact_arr, session::Diagnostic::Severity::WARNING,
-                                 diagnostics);
-    diagnostics.sort();
-    if (!diagnostics.use_list().empty()) {
-        warn(diagnostics.print(_session.file_arr));
-    }
-    for (engine::SampleFacts& facts : _fact_arr) {
-        facts.len = facts.reason.empty() ? facts.len : 0;
-    }
-}
-
-double Run::read_time(std::string const& txt, char const* option) const {
-    session::TimeScale const scale = {_session.sample_freq, _session.tempo_map};
-    auto const written = session::TimeText::parse(txt);
-    auto const time = written ? scale.conv(*written, {}) : std::nullopt;
-    if (!time || !(*time >= 0)) {
-        throw Error(Error::Kind_USE, std::string(option) + " " + txt +
-                                         ": is no time of the session, such as 1.5, \"250 ms\", "
-                                         "1:02.5 or \"5|2\"");
-    }
-    return *time;
-}
 
 // The device's rate is the player's.
 void Run::open(PlayJob::Open const& open_device) {
@@ -93,34 +64,38 @@ void Run::make_player() {
     Player::Settings settings;
     settings.sample_freq = _device->get_sample_freq();
     settings.block_len = _device->get_block_len();
-    settings.from = _settings.from ? read_time(*_settings.from, "--from") : 0;
+    settings.from = _settings.from ? _loaded.read_time(*_settings.from, "--from") : 0;
     if (!_settings.loop.empty()) {
-        settings.loop = {read_time(_settings.loop[0], "--loop"),
-                         read_time(_settings.loop[1], "--loop")};
+        settings.loop = {_loaded.read_time(_settings.loop[0], "--loop"),
+                         _loaded.read_time(_settings.loop[1], "--loop")};
         if (settings.loop->end <= settings.loop->beg) {
             throw Error(Error::Kind_USE, "--loop " + _settings.loop[0] + " " + _settings.loop[1] +
                                              ": its end does not lie behind its beginning");
         }
         settings.from = _settings.from ? settings.from : settings.loop->beg;
     }
-    _player = std::make_unique<Player>(_bundle, _session, _fact_arr, settings);
+    _target = settings.from;
+    _player = std::make_unique<Player>(_bundle, _session, _loaded.info_arr, settings);
 }
 
-void Run::check_alive() const {
+// False when the device or the player has come to its end before its time, which is noted.
+bool Run::goes_on() {
     if (!_device->is_alive()) {
-        throw Error(Error::Kind_IO, "the sound device " + _device->get_name() +
-                                        " is gone; is its server still running, and the device "
-                                        "plugged in?");
+        _failure = Error(Error::Kind_IO, "the sound device " + _device->get_name() +
+                                             " is gone; is its server still running, and the "
+                                             "device plugged in?");
+    } else if (auto const failure = _player->get_failure(); !failure.empty()) {
+        _failure = Error(Error::Kind_MATERIAL, failure);
     }
-    if (auto const failure = _player->get_failure(); !failure.empty()) {
-        throw Error(Error::Kind_IO, failure);
-    }
+    return !_failure;
 }
 
 void Run::warn_of_priority(PlayJob::Warn const& warn) {
     if (!_real_time_flag) {
         warn("tessitone: no real-time priority for the sound: other work may interrupt it. Grant "
-             "rtprio to a group in /etc/security/limits.d, join it and log in again.\n");
+             "rtprio to a group in /etc/security/limits.d, join it, log in again, and start the "
+             "sound "
+             "server anew.\n");
     }
 }
 
@@ -130,15 +105,16 @@ void Run::play(PlayJob::Warn const& warn, PlayJob::Watch const& watch) {
         _player->process(out_arr, len);
     });
     bool told_flag = false;
-    for (auto state = _player->find_state(); !state.finished_flag && !_stop_flag;
+    for (auto state = _player->find_state(); goes_on() && !state.finished_flag && !_stop_flag;
          state = _player->find_state()) {
-        check_alive();
         if (!told_flag && state.playing_flag) {
             told_flag = true;
             _real_time_flag = _device->is_real_time();
             warn_of_priority(warn);
         }
-        grant(watch(state, _device->get_nbr_xruns()), state);
+        std::string const cue =
+            state.cue < 0 ? "" : _player->use_cues()[static_cast<std::size_t>(state.cue)].name;
+        grant(watch({state, cue, _device->get_nbr_xruns()}), state);
     }
     _player->set_pause(true);
     std::this_thread::sleep_for(fade_wait);
@@ -146,8 +122,9 @@ void Run::play(PlayJob::Warn const& warn, PlayJob::Watch const& watch) {
     _player->stop();
 }
 
+// Jumps count from where one is under way to.
 void Run::grant(PlayJob::Wish wish, Player::State const& state) {
-    auto const& cue_arr = _player->use_cues();
+    double const time = state.loading_flag ? _target : state.time;
     switch (wish) {
     case PlayJob::Wish::NONE:
         break;
@@ -156,16 +133,14 @@ void Run::grant(PlayJob::Wish wish, Player::State const& state) {
         _player->set_pause(_pause_flag);
         break;
     case PlayJob::Wish::BACK:
-        _player->locate(state.time - jump_time);
+        jump(std::max(time - jump_time, 0.0));
         break;
     case PlayJob::Wish::FORTH:
-        _player->locate(state.time + jump_time);
+        jump(time + jump_time);
         break;
     case PlayJob::Wish::NEXT:
-        if (auto const cue =
-                std::upper_bound(cue_arr.begin(), cue_arr.end(), state.time + cue_slack);
-            cue != cue_arr.end()) {
-            _player->locate(*cue);
+        if (auto const cue = _player->find_next_cue(time)) {
+            jump(*cue);
         }
         break;
     case PlayJob::Wish::STOP:
@@ -174,15 +149,23 @@ void Run::grant(PlayJob::Wish wish, Player::State const& state) {
     }
 }
 
+void Run::jump(double time) {
+    _target = time;
+    _player->locate(time);
+}
+
 PlayReport Run::make_report() {
     PlayReport report;
+    report.time = _player->find_state().time;
     report.session = _settings.session_path;
     report.device = _device->get_name();
     report.sample_freq = _device->get_sample_freq();
     report.block_len = _device->get_block_len();
+    report.nbr_chn = _session.nbr_chn;
     report.stat = _player->use_stat();
     report.nbr_xruns = _device->get_nbr_xruns();
     report.real_time_flag = _real_time_flag;
+    report.failure = _failure;
     for (Deck::Loss const& loss : _player->list_losses()) {
         auto const& track = _session.track_arr[static_cast<std::size_t>(loss.track)];
         auto const& clip = track.clips[static_cast<std::size_t>(loss.clip)];
@@ -196,8 +179,7 @@ PlayReport Run::make_report() {
 
 PlayReport PlayJob::run(Bundle& bundle, Settings const& settings, Open const& open,
                         Warn const& warn, Watch const& watch) {
-    Run run(bundle, settings);
-    run.load(warn);
+    Run run(bundle, settings, warn);
     run.open(open);
     run.play(warn, watch);
     return run.make_report();

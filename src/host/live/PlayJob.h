@@ -23,13 +23,20 @@ public:
     // What can be asked for while it plays.
     enum class Wish { NONE, PAUSE, BACK, FORTH, NEXT, STOP };
 
+    // How it stands.
+    struct View {
+        Player::State const& state;
+        std::string cue; // name of the last cue, empty for none
+        long nbr_xruns;
+    };
+
     using Open = std::function<std::unique_ptr<Device>(Device::Settings const&)>;
     // Called some times a second, and may take as long: what is wanted next.
-    using Watch = std::function<Wish(Player::State const& state, long nbr_xruns)>;
+    using Watch = std::function<Wish(View const& view)>;
     // What is to be told before it begins, and in between.
     using Warn = std::function<void(std::string const& txt)>;
 
-    // Throws an Error, also when the device goes away.
+    // Throws an Error when it cannot begin; what ends it before its time stands in the report.
     static PlayReport run(Bundle& bundle, Settings const& settings, Open const& open,
                           Warn const& warn, Watch const& watch);
 };

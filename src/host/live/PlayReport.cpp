@@ -4,14 +4,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace ulk::host::live {
 
 namespace {
-
-using render::Percentiles;
 
 template <class... Args>
 std::string format_text(char const* format, Args... args) {
@@ -20,18 +20,8 @@ std::string format_text(char const* format, Args... args) {
     return buf.data();
 }
 
-std::string print_times(Percentiles const& times) {
-    return format_text("half within %.1f us, 99 %% %.1f us, 99.9 %% %.1f us, all %.1f us",
-                       times.find(0.5) * 1e-3, times.find(0.99) * 1e-3, times.find(0.999) * 1e-3,
-                       static_cast<double>(times.get_max()) * 1e-3);
-}
-
-nlohmann::json make_times(Percentiles const& times) {
-    return {{"p50_us", times.find(0.5) * 1e-3},
-            {"p90_us", times.find(0.9) * 1e-3},
-            {"p99_us", times.find(0.99) * 1e-3},
-            {"p99.9_us", times.find(0.999) * 1e-3},
-            {"max_us", static_cast<double>(times.get_max()) * 1e-3}};
+double conv_to_db(float peak) {
+    return 20 * std::log10(std::max(static_cast<double>(peak), 1e-6));
 }
 
 } // namespace
@@ -39,14 +29,19 @@ nlohmann::json make_times(Percentiles const& times) {
 std::string PlayReport::print() const {
     std::string txt = session + " on " + device +
                       format_text(", %.0f Hz, blocks of %ld\n", sample_freq, block_len);
-    txt += "  played    " +
-           render::TimeText::print(static_cast<double>(stat.nbr_frames) / sample_freq, 3) +
-           format_text(" in %lld blocks, %d jumps and rounds, up to %d voices at once\n",
-                       stat.nbr_blocks, stat.nbr_jumps, stat.max_voices);
-    txt += format_text("  xruns     %ld\n", nbr_xruns);
-    txt += "  waits     " + print_times(stat.waits) +
-           format_text("; %lld over a tenth of a block\n", stat.nbr_long_waits);
-    txt += "  blocks    " + print_times(stat.works) + "\n";
+    txt +=
+        "  played    " +
+        render::TimeText::print(static_cast<double>(stat.nbr_frames) / sample_freq, 3) +
+        format_text(" in %lld blocks, %d jumps and rounds, to ", stat.nbr_blocks, stat.nbr_jumps) +
+        render::TimeText::print(time, 3) + " of the session\n";
+    txt += format_text("  voices    up to %d at once\n", stat.max_voices);
+    txt += "  peaks    ";
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        txt += format_text(" %.1f", conv_to_db(stat.peaks[static_cast<std::size_t>(chn)]));
+    }
+    txt += format_text(" dB\n  cache     up to %ld of %ld cells\n", stat.max_cells_full,
+                       stat.nbr_cells);
+    txt += format_text("  xruns     %ld\n", nbr_xruns) + stat.print();
     txt += format_text("  priority  %s\n", real_time_flag ? "real-time" : "as any other thread");
     if (stat.nbr_late > 0) {
         txt += format_text("  LATE      %lld frames of silence between rounds of the loop\n",
@@ -58,6 +53,7 @@ std::string PlayReport::print() const {
                format_text(": %lld frames%s\n", loss.nbr_frames,
                            loss.refused_flag ? ", its sample cannot be used" : "");
     }
+    txt += failure ? std::string("  ENDED     ") + failure->what() + "\n" : "";
     return txt;
 }
 
@@ -69,21 +65,30 @@ nlohmann::json PlayReport::make_json() const {
                             {"frames", loss.nbr_frames},
                             {"refused", loss.refused_flag}});
     }
-    return {{"session", session},
-            {"device", device},
-            {"rate", sample_freq},
-            {"block", block_len},
-            {"frames", stat.nbr_frames},
-            {"blocks", stat.nbr_blocks},
-            {"voices_max", stat.max_voices},
-            {"jumps", stat.nbr_jumps},
-            {"late_frames", stat.nbr_late},
-            {"long_waits", stat.nbr_long_waits},
-            {"xruns", nbr_xruns},
-            {"real_time", real_time_flag},
-            {"waits", make_times(stat.waits)},
-            {"block_times", make_times(stat.works)},
-            {"holes", hole_arr}};
+    auto peak_arr = nlohmann::json::array();
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        peak_arr.push_back(conv_to_db(stat.peaks[static_cast<std::size_t>(chn)]));
+    }
+    nlohmann::json json = {
+        {"session", session},
+        {"device", device},
+        {"rate", sample_freq},
+        {"block", block_len},
+        {"frames", stat.nbr_frames},
+        {"blocks", stat.nbr_blocks},
+        {"time_s", time},
+        {"voices_max", stat.max_voices},
+        {"peaks_db", peak_arr},
+        {"cells", stat.nbr_cells},
+        {"cells_max", stat.max_cells_full},
+        {"jumps", stat.nbr_jumps},
+        {"late_frames", stat.nbr_late},
+        {"xruns", nbr_xruns},
+        {"real_time", real_time_flag},
+        {"holes", hole_arr},
+        {"failure", failure ? nlohmann::json(failure->what()) : nlohmann::json()}};
+    stat.write(json);
+    return json;
 }
 
 } // namespace ulk::host::live

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "host/Error.h"
 #include "host/live/Player.h"
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,10 +24,13 @@ struct PlayReport {
     std::string device;
     double sample_freq = 0; // Hz
     long block_len = 0;     // frames
+    int nbr_chn = 0;
+    double time = 0; // s of the session, where it ended
     Player::Stat stat;
     std::vector<Loss> losses;
     long nbr_xruns = 0;
     bool real_time_flag = false;
+    std::optional<Error> failure; // what ended it before its time
 
     // Something of the session was not heard as it should be.
     bool is_lossy() const { return !losses.empty() || nbr_xruns > 0 || stat.nbr_late > 0; }

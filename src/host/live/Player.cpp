@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <map>
+#include <set>
 
 namespace ulk::host::live {
 
@@ -19,9 +20,11 @@ constexpr long cell_len = 8192; // floats
 constexpr long min_nbr_cells = 64;
 constexpr long long max_cache_len = 512LL << 20; // bytes, unless the user says otherwise
 constexpr int max_open_files = 256;              // beyond those that sound
-constexpr int nbr_decks = 2;                     // that sound or wait for it
+constexpr int nbr_decks = 2;                     // that sound or wait for it, but for those ahead
+constexpr double cue_slack = 0.05; // s, that a cue lies behind where it plays to be the next one
 constexpr auto serve_period = std::chrono::milliseconds(20);
 constexpr auto slice_period = std::chrono::milliseconds(5);
+constexpr auto cue_period = std::chrono::seconds(1); // at least, between decks of cues
 
 } // namespace
 
@@ -31,8 +34,11 @@ Player::Player(Bundle& bundle, session::Session const& session,
     , _session(session)
     , _fact_arr(fact_arr)
     , _settings(settings) {
+    engine::NotePlan const plan(_session, _fact_arr,
+                                {_settings.sample_freq, _settings.block_len, 0});
+    _end = plan.get_end() + conv_len(_session.tail);
     find_cues();
-    _cache = std::make_unique<CacheService>(find_cache_size());
+    _cache = std::make_unique<CacheService>(find_cache_size(plan));
     _store = std::make_unique<engine::SampleStore>(*_cache, max_open_files);
     for (std::size_t sample = 0; sample < _fact_arr.size(); ++sample) {
         _id_arr.push_back(_store->add(_session.sample_arr[sample].path, _fact_arr[sample]));
@@ -48,29 +54,41 @@ long Player::conv_len(double time) const {
     return static_cast<long>(engine::conv_to_frames(time, _settings.sample_freq));
 }
 
-CacheService::Size Player::find_cache_size() const {
-    long nbr_cells = static_cast<long>(_settings.cache_len / 4 / cell_len);
-    if (nbr_cells == 0) {
-        engine::NotePlan const plan(_session, _fact_arr,
-                                    {_settings.sample_freq, _settings.block_len, 0});
-        long const most = static_cast<long>(max_cache_len / 4 / cell_len);
-        long const ahead = std::max(conv_len(_settings.ahead), _settings.block_len);
-        nbr_cells = std::min(nbr_decks * plan.find_nbr_cells(cell_len, ahead), most);
+// A round of a loop and a cue are prepared ahead, the latter if there is room for it.
+CacheService::Size Player::find_cache_size(engine::NotePlan const& plan) {
+    long const ahead = std::max(conv_len(_settings.ahead), _settings.block_len);
+    long const nbr_wished =
+        (nbr_decks + (_settings.loop ? 2 : 1)) * plan.find_nbr_cells(cell_len, ahead);
+    long long const most = _settings.cache_len > 0 ? _settings.cache_len : max_cache_len;
+    long nbr_cells = static_cast<long>(most / 4 / cell_len);
+    _cue_room_flag = nbr_wished <= nbr_cells;
+    if (_settings.cache_len == 0) {
+        nbr_cells = std::min(nbr_cells, nbr_wished);
     }
     return {std::max(nbr_cells, min_nbr_cells) * cell_len, 0, cell_len};
 }
 
 void Player::find_cues() {
-    engine::NotePlan const plan(_session, _fact_arr,
-                                {_settings.sample_freq, _settings.block_len, 0});
-    _end = plan.get_end() + conv_len(_session.tail);
+    _cue_arr = _session.cue_arr;
+    if (!_cue_arr.empty()) {
+        return;
+    }
+    std::set<double> time_set;
     for (session::Session::Track const& track : _session.track_arr) {
         for (session::Session::Clip const& clip : track.clips) {
-            _cue_arr.push_back(std::max(clip.at, 0.0));
+            time_set.insert(std::max(clip.at, 0.0));
         }
     }
-    std::sort(_cue_arr.begin(), _cue_arr.end());
-    _cue_arr.erase(std::unique(_cue_arr.begin(), _cue_arr.end()), _cue_arr.end());
+    for (double const time : time_set) {
+        _cue_arr.push_back({"", time});
+    }
+}
+
+std::optional<double> Player::find_next_cue(double time) const {
+    auto const cue =
+        std::upper_bound(_cue_arr.begin(), _cue_arr.end(), time + cue_slack,
+                         [](double val, auto const& entry) { return val < entry.time; });
+    return cue != _cue_arr.end() ? std::optional(cue->time) : std::nullopt;
 }
 
 // Below: who asks.
@@ -109,14 +127,26 @@ Player::State Player::find_state() {
         state.time = static_cast<double>(_current->deck->get_frame()) / _settings.sample_freq;
         state.nbr_lost += _current->deck->get_nbr_lost();
     }
+    auto const next_cue =
+        std::upper_bound(_cue_arr.begin(), _cue_arr.end(), state.time,
+                         [](double val, auto const& entry) { return val < entry.time; });
+    state.cue = static_cast<int>(next_cue - _cue_arr.begin()) - 1;
     state.nbr_cells = _cache->get_size().get_nbr_cells();
     state.nbr_cells_full = stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
+    _stat.nbr_cells = state.nbr_cells;
+    _stat.max_cells_full = std::max(_stat.max_cells_full, state.nbr_cells_full);
     return state;
 }
 
 std::string Player::get_failure() {
-    std::lock_guard const lock(_wish_mutex);
-    return _failure;
+    {
+        std::lock_guard const lock(_wish_mutex);
+        if (!_failure.empty()) {
+            return _failure;
+        }
+    }
+    CacheService::Pass const pass(*_cache);
+    return _reason.data();
 }
 
 // Below: the two threads.
@@ -180,6 +210,7 @@ void Player::serve() {
     remove_retired();
     take_wish();
     prepare_round();
+    prepare_cue();
     for (auto const& slot : _slot_arr) {
         slot->deck->feed(conv_len(_settings.ahead));
     }
@@ -210,7 +241,7 @@ void Player::remove(Slot* slot) {
 Player::Slot* Player::make_deck(long long from) {
     Deck::Material const material = {_bundle, _session, _fact_arr, _id_arr, *_cache, *_store};
     auto deck = std::make_unique<Deck>(material, _settings.sample_freq, _settings.block_len, from);
-    Slot slot = {std::move(deck), std::max(_end, from), false};
+    Slot slot = {std::move(deck), from, std::max(_end, from), false};
     if (_settings.loop) {
         long long const loop_end = conv_len(_settings.loop->end);
         slot.loop_flag = from < loop_end;
@@ -229,7 +260,8 @@ void Player::take_wish() {
     }
     if (wish) {
         remove(_loading);
-        _loading = make_deck(*wish);
+        bool const ready_flag = _cue != nullptr && _cue->from == *wish;
+        _loading = ready_flag ? std::exchange(_cue, nullptr) : make_deck(*wish);
         _deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                        std::chrono::duration<double>(_settings.patience));
     }
@@ -271,6 +303,34 @@ void Player::prepare_round() {
     CacheService::Pass const pass(*_cache);
     _next = slot;
     _jump_flag = false;
+}
+
+// Not while the disk is busy for a jump.
+void Player::prepare_cue() {
+    auto const time = find_time();
+    if (!_cue_room_flag || _loading != nullptr || !time) {
+        return;
+    }
+    auto const cue = find_next_cue(*time);
+    bool const ready_flag = _cue != nullptr && cue && _cue->from == conv_len(*cue);
+    if (ready_flag || Clock::now() < _cue_due) {
+        return;
+    }
+    remove(std::exchange(_cue, nullptr));
+    if (cue) {
+        _cue = make_deck(conv_len(*cue));
+        _cue_due = Clock::now() + cue_period;
+    }
+}
+
+// Where it plays, or is about to; none before the start.
+std::optional<double> Player::find_time() {
+    CacheService::Pass const pass(*_cache);
+    Slot const* const slot = _next != nullptr && _jump_flag ? _next : _current;
+    if (slot == nullptr) {
+        return std::nullopt;
+    }
+    return static_cast<double>(slot->deck->get_frame()) / _settings.sample_freq;
 }
 
 std::vector<Deck::Loss> Player::list_losses() {

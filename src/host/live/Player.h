@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/live/Deck.h"
-#include "host/render/Percentiles.h"
+#include "host/live/PassTimes.h"
 
 #include <array>
 #include <chrono>
@@ -17,7 +17,9 @@ namespace ulk::host::live {
 // Plays a session as it renders, from a real-time callback that never waits for the disk: what is
 // not in memory in time is heard as silence and counted, and time goes on. Two threads serve it:
 // one reads from the disk, the other opens files and asks for their data ahead, and prepares the
-// decks for jumps and loops. Control side but where told; callers may be several threads.
+// decks for jumps and loops; that of the next cue stands ready, so that a jump there sounds at
+// once. A plug-in that throws ends the sound, and no more. Control side but where told; callers may
+// be several threads.
 class Player {
 public:
     struct Loop {
@@ -43,20 +45,21 @@ public:
         bool finished_flag = false;    // all is played
         int nbr_voices = 0;            // notes that sound
         std::array<float, 16> peaks{}; // by channel, since the last time that this was asked
+        int cue = -1;                  // of use_cues(), the last one up to time; -1 for none
         long nbr_cells = 0;            // of the cache
         long nbr_cells_full = 0;
         long long nbr_lost = 0; // frames of clips in holes
     };
     // What came of it.
-    struct Stat {
+    struct Stat : PassTimes {
         long long nbr_frames = 0; // asked for by the callback, pauses and waits included
         long long nbr_blocks = 0; // the same, calls
         int max_voices = 0;
-        long long nbr_late = 0;       // frames for which the next round of a loop was not ready
-        long long nbr_long_waits = 0; // over a tenth of a block, below
-        int nbr_jumps = 0;            // loops included
-        render::Percentiles waits;    // of the callback, for the cache, ns
-        render::Percentiles works;    // of the callback in all, ns
+        std::array<float, 16> peaks{}; // by channel
+        long nbr_cells = 0;            // of the cache
+        long max_cells_full = 0;       // whenever find_state() looked
+        long long nbr_late = 0;        // frames for which the next round of a loop was not ready
+        int nbr_jumps = 0;             // loops included
     };
 
     // fact_arr: by sample. bundle and session outlive the object. Throws an Error.
@@ -79,10 +82,12 @@ public:
     void locate(double time); // s of the session, below 0 for 0
     void set_pause(bool pause_flag);
     State find_state();
-    // The beginnings of clips, ascending, s.
-    std::vector<double> const& use_cues() const { return _cue_arr; }
+    // The session's cues, by time; without any the beginnings of its clips, without names.
+    std::vector<session::Session::Cue> const& use_cues() const { return _cue_arr; }
+    // The time of the first one behind a time; both in s. None at the end.
+    std::optional<double> find_next_cue(double time) const;
     double get_len() const { return static_cast<double>(_end) / _settings.sample_freq; } // s
-    // What ended the threads before their time, empty for nothing.
+    // What ended the threads or the sound before their time, empty for nothing.
     std::string get_failure();
 
     // Below: when the callback is over, and the threads with stop().
@@ -98,23 +103,27 @@ private:
     // A deck with what is known of it on the control side.
     struct Slot {
         std::unique_ptr<Deck> deck;
+        long long from; // frame it was made for
         long long end;  // frame where it gives way
         bool loop_flag; // to another round
     };
     using Clock = std::chrono::steady_clock;
 
-    engine::CacheService::Size find_cache_size() const;
+    engine::CacheService::Size find_cache_size(engine::NotePlan const& plan);
     void find_cues();
     Slot* make_deck(long long from);
     void take_wish();
     void load_jump();
     void prepare_round();
+    void prepare_cue();
+    std::optional<double> find_time();
     void remove_retired();
     void remove(Slot* slot);
     void run_thread(std::function<void()> const& work);
     void wait_a_while();
     long conv_len(double time) const;
 
+    void break_off(char const* reason);
     void take_next(long len);
     void change_deck();
     void play(float* const* chn_arr, long len);
@@ -129,7 +138,8 @@ private:
     std::vector<engine::SampleFacts> _fact_arr;
     Settings _settings;
     long long _end = 0; // frame of the session
-    std::vector<double> _cue_arr;
+    std::vector<session::Session::Cue> _cue_arr;
+    bool _cue_room_flag = false; // the cache has room to prepare one
     std::unique_ptr<engine::CacheService> _cache;
     std::unique_ptr<engine::SampleStore> _store;
     std::vector<engine::SampleStore::Id> _id_arr;
@@ -138,6 +148,8 @@ private:
     std::vector<std::unique_ptr<Slot>> _slot_arr; // all there are
     Slot* _loading = nullptr;                     // waits for its data
     int _loading_wish = 0;                        // which one that is
+    Slot* _cue = nullptr;                         // of the next cue, or one that was it
+    Clock::time_point _cue_due;                   // no other one before that
     Clock::time_point _deadline;                  // of that
     std::vector<Deck::Loss> _loss_arr;            // of decks that are gone
 
@@ -160,7 +172,9 @@ private:
     bool _pause_flag = false;
     float _gain = 1; // of fades before jumps and pauses
     bool _finished_flag = false;
-    long long _nbr_lost = 0; // of retired decks
+    bool _broken_flag = false;
+    std::array<char, 512> _reason{}; // of that
+    long long _nbr_lost = 0;         // of retired decks
     State _state;
     Stat _stat;
 

@@ -1,10 +1,12 @@
 // The real-time side of the player.
 
 #include "host/live/Player.h"
+#include "host/live/TimedPass.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
+#include <cstring>
+#include <exception>
 
 namespace ulk::host::live {
 
@@ -15,24 +17,29 @@ constexpr float fade_time = 0.005f; // s, before a jump and around a pause
 } // namespace
 
 void Player::process(float* const* chn_arr, long len) {
-    auto const asked = Clock::now();
-    engine::CacheService::Pass const pass(*_cache);
-    auto const begun = Clock::now();
-    take_next(len);
-    play(chn_arr, len);
+    TimedPass const pass(*_cache, _stat, static_cast<double>(len) / _settings.sample_freq);
+    try {
+        take_next(len);
+        play(chn_arr, len);
+    } catch (std::exception const& e) {
+        break_off(e.what());
+        clear(chn_arr, 0, len);
+    }
     note_levels(chn_arr, len);
     _stat.nbr_frames += len;
     ++_stat.nbr_blocks;
-    std::chrono::duration<double> const wait = begun - asked;
-    _stat.nbr_long_waits += wait.count() * 10 * _settings.sample_freq > static_cast<double>(len);
-    _stat.waits.add(std::chrono::nanoseconds(begun - asked).count());
-    _stat.works.add(std::chrono::nanoseconds(Clock::now() - asked).count());
+}
+
+// What threw may be left in any state, and is not called again.
+void Player::break_off(char const* reason) {
+    _broken_flag = true;
+    std::strncpy(_reason.data(), reason, _reason.size() - 1);
 }
 
 // What lies before the first frame of the next deck is made on the side, about as fast as the sound
 // goes on. A jump waits for the fade of what it leaves.
 void Player::take_next(long len) {
-    if (_next == nullptr) {
+    if (_next == nullptr || _broken_flag) {
         return;
     }
     if (!_next->deck->is_rolled()) {
@@ -67,7 +74,7 @@ void Player::change_deck() {
 void Player::play(float* const* chn_arr, long len) {
     for (long done = 0; done < len;) {
         bool const rest_flag = _current == nullptr || (_pause_flag && _gain == 0);
-        if (rest_flag || _finished_flag ||
+        if (rest_flag || _finished_flag || _broken_flag ||
             (_current->end <= _current->deck->get_frame() && !start_next_round(len - done))) {
             clear(chn_arr, done, len - done);
             return;
@@ -117,10 +124,12 @@ void Player::fade(float* const* chn_arr, long len) {
 
 void Player::note_levels(float* const* chn_arr, long len) {
     for (int chn = 0; chn < _session.nbr_chn; ++chn) {
-        float& peak = _state.peaks[static_cast<std::size_t>(chn)];
+        auto const index = static_cast<std::size_t>(chn);
+        float& peak = _state.peaks[index];
         for (long pos = 0; pos < len; ++pos) {
             peak = std::max(peak, std::fabs(chn_arr[chn][pos]));
         }
+        _stat.peaks[index] = std::max(_stat.peaks[index], peak);
     }
     _state.nbr_voices = _current != nullptr ? _current->deck->get_nbr_sounding() : 0;
     _stat.max_voices = std::max(_stat.max_voices, _state.nbr_voices);

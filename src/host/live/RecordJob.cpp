@@ -2,12 +2,14 @@
 
 #include "host/Error.h"
 #include "host/engine/Recorder.h"
+#include "host/live/TimedPass.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace ulk::host::live {
 
@@ -31,15 +33,20 @@ public:
 private:
     CacheService::Size find_cache_size() const;
     void push(float const* const* chn_arr, long len);
-    long long write();
+    void note_levels(float const* const* chn_arr, long len);
+    RecordJob::View find_view();
 
     RecordJob::Settings const& _settings;
     double _sample_freq;
     long long _max_len; // frames
     CacheService _cache;
     engine::Recorder _recorder;
-    long long _nbr_frames = 0; // real-time side; the others read them within a pass
+    // The real-time side's: for others within a pass.
+    long long _nbr_frames = 0;
     long long _nbr_lost = 0;
+    RecordJob::Peaks _peaks{};     // since the last look
+    RecordJob::Peaks _max_peaks{}; // of all
+    PassTimes _times;
     std::unique_ptr<Device> _device; // its callback ends before the rest
 };
 
@@ -65,34 +72,46 @@ CacheService::Size Run::find_cache_size() const {
 
 // real-time
 void Run::push(float const* const* chn_arr, long len) {
-    CacheService::Pass const pass(_cache);
+    TimedPass const pass(_cache, _times, static_cast<double>(len) / _sample_freq);
     long const part = static_cast<long>(std::clamp<long long>(_max_len - _nbr_frames, 0, len));
     if (part > 0) {
         _recorder.push(chn_arr, part);
         _nbr_frames += part;
         _nbr_lost = _nbr_frames - _recorder.get_nbr_pushed();
+        note_levels(chn_arr, part);
     }
 }
 
-// What has come so far, to the disk; tells how much that was.
-long long Run::write() {
-    long long nbr_frames = 0;
-    {
-        CacheService::Pass const pass(_cache);
-        nbr_frames = _recorder.get_nbr_pushed();
+// real-time
+void Run::note_levels(float const* const* chn_arr, long len) {
+    for (int chn = 0; chn < _settings.nbr_chn; ++chn) {
+        auto const index = static_cast<std::size_t>(chn);
+        for (long pos = 0; pos < len; ++pos) {
+            _peaks[index] = std::max(_peaks[index], std::fabs(chn_arr[chn][pos]));
+        }
+        _max_peaks[index] = std::max(_max_peaks[index], _peaks[index]);
     }
-    _cache.run_slices();
-    return nbr_frames;
+}
+
+RecordJob::View Run::find_view() {
+    CacheService::Pass const pass(_cache);
+    return {static_cast<double>(_nbr_frames - _nbr_lost) / _sample_freq, std::exchange(_peaks, {}),
+            _nbr_lost, _device->get_nbr_xruns()};
 }
 
 void Run::record(RecordJob::Watch const& watch) {
     _device->start(
         [this](float const* const* in_arr, float* const*, long len) { push(in_arr, len); });
     auto next_validation = Clock::now() + validate_period;
-    long long nbr_frames = 0;
-    while (_device->is_alive() && nbr_frames < _max_len &&
-           watch(static_cast<double>(nbr_frames) / _sample_freq)) {
-        nbr_frames = write();
+    bool full_flag = false;
+    while (_device->is_alive() && !full_flag && watch(find_view())) {
+        long long nbr_frames = 0;
+        {
+            CacheService::Pass const pass(_cache);
+            nbr_frames = _recorder.get_nbr_pushed();
+            full_flag = _nbr_frames >= _max_len;
+        }
+        _cache.run_slices();
         if (Clock::now() >= next_validation) {
             _recorder.validate(nbr_frames);
             next_validation = Clock::now() + validate_period;
@@ -103,15 +122,22 @@ void Run::record(RecordJob::Watch const& watch) {
 RecordJob::Result Run::close() {
     bool const alive_flag = _device->is_alive();
     _device->stop();
-    write();
+    _cache.run_slices();
     _recorder.close();
+    RecordJob::Result result;
+    result.device = _device->get_name();
+    result.sample_freq = _sample_freq;
+    result.nbr_frames = _nbr_frames - _nbr_lost;
+    result.nbr_lost = _nbr_lost;
+    result.nbr_xruns = _device->get_nbr_xruns();
+    result.peaks = _max_peaks;
+    result.times = _times;
     if (!alive_flag) {
-        throw Error(Error::Kind_IO, "the sound device " + _device->get_name() +
-                                        " is gone; what was recorded until then is in " +
-                                        _settings.path);
+        result.failure = Error(Error::Kind_IO, "the sound device " + result.device +
+                                                   " is gone; what was recorded until then is in " +
+                                                   _settings.path);
     }
-    return {_device->get_name(), _sample_freq, _nbr_frames - _nbr_lost, _nbr_lost,
-            _device->get_nbr_xruns()};
+    return result;
 }
 
 } // namespace

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "host/Error.h"
 #include "host/live/Device.h"
+#include "host/live/PassTimes.h"
 #include "ulk/sacc/SplFileBitFmt.h"
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,19 +25,31 @@ public:
         sacc::SplFileBitFmt bit_fmt = sacc::SplFileBitFmt_S24;
         std::optional<double> len; // s; else until it is stopped
     };
+    using Peaks = std::array<float, 16>; // by channel
     struct Result {
         std::string device;
         double sample_freq = 0;
         long long nbr_frames = 0; // in the file
         long long nbr_lost = 0;   // frames for which the disk was too slow
         long nbr_xruns = 0;
+        Peaks peaks{};
+        PassTimes times;
+        std::optional<Error>
+            failure; // what ended it before its time; all until then is in the file
+    };
+    // How it stands.
+    struct View {
+        double time;        // s that are recorded
+        Peaks peaks;        // since the last time
+        long long nbr_lost; // frames
+        long nbr_xruns;
     };
 
     using Open = std::function<std::unique_ptr<Device>(Device::Settings const&)>;
-    // Called some times a second with what is recorded, in s; may take a while. False to stop.
-    using Watch = std::function<bool(double time)>;
+    // Called some times a second; may take a while. False to stop.
+    using Watch = std::function<bool(View const& view)>;
 
-    // Throws an Error; what was recorded until then is in the file, also when the device goes away.
+    // Throws an Error when the file cannot be written; what was recorded until then is in it.
     static Result run(Settings const& settings, Open const& open, Watch const& watch);
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <numeric>
 
 namespace ulk::host::render {
 
@@ -35,6 +36,12 @@ double Percentiles::find(double ratio) const {
         }
     }
     return std::min(get_middle(index), static_cast<double>(_max));
+}
+
+std::int64_t Percentiles::count_below(std::int64_t ns) const {
+    std::size_t const end = find_index(static_cast<std::uint64_t>(ns));
+    return std::accumulate(_count_arr.begin(), _count_arr.begin() + static_cast<long>(end),
+                           std::int64_t{0});
 }
 
 // The highest bits of the time below the first octaves, which have a step for each time.

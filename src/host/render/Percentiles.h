@@ -15,6 +15,9 @@ public:
     // The time that the fraction ratio (0 to 1) of all does not exceed; 0 when there is none.
     double find(double ratio) const;
 
+    // How many were below ns, which is 125 times a power of 2, or less than 128.
+    std::int64_t count_below(std::int64_t ns) const;
+
     std::int64_t get_max() const { return _max; } // exact
     std::int64_t get_count() const { return _count; }
 

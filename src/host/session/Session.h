@@ -85,6 +85,12 @@ public:
         Place place;
     };
 
+    // A place to jump to.
+    struct Cue {
+        std::string name;
+        double time = 0; // s, 0 or more
+    };
+
     // "file:line:column"
     std::string tell(Place const& place) const;
 
@@ -97,6 +103,7 @@ public:
     Curve volume = {{0, 0}}; // dB, of the mix
     std::vector<Sample> sample_arr;
     std::vector<Track> track_arr;
+    std::vector<Cue> cue_arr; // by time
 };
 
 } // namespace ulk::host::session

@@ -1,6 +1,7 @@
 #include "host/session/SessionReader.h"
 
 #include "host/Error.h"
+#include "host/session/CueReader.h"
 #include "host/session/FieldDef.h"
 #include "host/session/JsonTree.h"
 #include "host/session/TableReader.h"
@@ -21,7 +22,7 @@ struct SessionReader::Fields {
         {"channels", &SessionReader::read_channels}, {"tempo", &SessionReader::read_tempo},
         {"tail", &SessionReader::read_tail},         {"volume", &SessionReader::read_volume},
         {"samples", &SessionReader::read_samples},   {"track", &SessionReader::read_tracks, true},
-        {"$schema", &SessionReader::skip}, // for editors
+        {"cue", &SessionReader::read_cues},          {"$schema", &SessionReader::skip},
     };
 };
 
@@ -127,6 +128,10 @@ void SessionReader::skip(Node const&, Session&) {}
 
 void SessionReader::read_tracks(Node const& node, Session& session) {
     TrackReader(session, _values, _samples).read(node);
+}
+
+void SessionReader::read_cues(Node const& node, Session& session) {
+    CueReader(_values).read(node, session.cue_arr);
 }
 
 } // namespace ulk::host::session

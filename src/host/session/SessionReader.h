@@ -48,6 +48,7 @@ private:
     void read_volume(Node const& node, Session& session);
     void read_samples(Node const& node, Session& session);
     void read_tracks(Node const& node, Session& session);
+    void read_cues(Node const& node, Session& session);
     void skip(Node const& node, Session& session);
 
     Session& _session;

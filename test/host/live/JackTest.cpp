@@ -6,8 +6,10 @@
 #include "host/live/JackServer.h"
 #include "host/live/Player.h"
 #include "host/live/RecordJob.h"
+#include "support/CommandRun.h"
 
 #include <filesystem>
+#include <fstream>
 
 using namespace ulk::host;
 using test::JackClient;
@@ -126,7 +128,7 @@ TEST_F(JackTest, ARecordingIsWhatWasSent) {
     bool connected_flag = false;
     auto const result = live::RecordJob::run(
         record, [&](live::Device::Settings const& wish) { return devices.open(wish); },
-        [&](double) {
+        [&](live::RecordJob::View const&) {
             connected_flag = client.connect("test:out0", "tessitone:inport 0") &&
                              client.connect("test:out1", "tessitone:inport 1");
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -135,6 +137,9 @@ TEST_F(JackTest, ARecordingIsWhatWasSent) {
     EXPECT_TRUE(connected_flag);
     EXPECT_EQ(0, result.nbr_lost);
     EXPECT_EQ(3 * 48000, result.nbr_frames);
+    EXPECT_FALSE(result.failure);
+    EXPECT_NEAR(0.5, result.peaks[1], 0.01);
+    EXPECT_GE(result.times.waits.get_count(), 3 * 48000 / block_len);
     Channels const take = read(record.path);
     ASSERT_EQ(3u * 48000, take[0].size());
     std::size_t const beg = find_beginning(take, signal);
@@ -153,31 +158,97 @@ TEST_F(JackTest, AServerThatIsKilledEndsARecordingWithAMessageAndACompleteFile) 
     record.path = dir.make_name("take.wav");
     record.bit_fmt = ulk::sacc::SplFileBitFmt_F32;
     double last = 0;
-    try {
-        live::RecordJob::run(
-            record, [&](live::Device::Settings const& wish) { return devices.open(wish); },
-            [&](double time) {
-                last = time;
-                client.connect("test:out0", "tessitone:inport 0");
-                client.connect("test:out1", "tessitone:inport 1");
-                if (time > 2) {
-                    server.end(SIGKILL);
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                return true;
-            });
-        FAIL();
-    } catch (Error const& e) {
-        EXPECT_EQ(Error::Kind_IO, e.get_kind());
-        EXPECT_EQ("the sound device system is gone; what was recorded until then is in " +
-                      record.path,
-                  std::string(e.what()));
-    }
+    auto const result = live::RecordJob::run(
+        record, [&](live::Device::Settings const& wish) { return devices.open(wish); },
+        [&](live::RecordJob::View const& view) {
+            last = view.time;
+            client.connect("test:out0", "tessitone:inport 0");
+            client.connect("test:out1", "tessitone:inport 1");
+            if (view.time > 2) {
+                server.end(SIGKILL);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            return true;
+        });
+    ASSERT_TRUE(result.failure);
+    EXPECT_EQ(Error::Kind_IO, result.failure->get_kind());
+    EXPECT_EQ("the sound device system is gone; what was recorded until then is in " + record.path,
+              std::string(result.failure->what()));
     Channels const take = read(record.path);
+    EXPECT_EQ(result.nbr_frames, static_cast<long long>(take[0].size()));
     EXPECT_GE(static_cast<double>(take[0].size()), last * 48000 - 1);
     std::size_t const beg = find_beginning(take, signal);
     ASSERT_LT(beg + 30000, take[0].size());
     for (std::size_t k = 0; beg + k < take[0].size(); ++k) {
         ASSERT_EQ(signal[1][k % signal[1].size()], take[1][beg + k]) << k;
     }
+}
+
+// As users meet it: the commands, in a shell that kills the server meanwhile.
+TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
+    std::ofstream(dir.get_path() / "song.toml")
+        << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";
+    std::filesystem::rename(
+        session.sample_arr[static_cast<std::size_t>(add_noise(2, 60 * 48000, 48000))].path,
+        dir.get_path() / "long.wav");
+    std::thread killer([this] {
+        wait_for([this] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+        server.end(SIGKILL);
+    });
+    test::CommandRun recorded;
+    std::thread recorder([&] {
+        std::filesystem::create_directory(dir.get_path() / "recorder");
+        recorded =
+            test::CommandRun::run(dir.get_path() / "recorder", "record ../take.wav --format f32");
+    });
+    auto const played = test::CommandRun::run(dir.get_path(), "play song.toml --json");
+    killer.join();
+    recorder.join();
+    EXPECT_EQ(4, played.code) << played.err;
+    EXPECT_NE(std::string::npos, played.err.find("the sound device system is gone"));
+    EXPECT_NE(std::string::npos, played.out.find("the sound device system is gone"));
+    EXPECT_NE(std::string::npos, played.out.find("\"histogram\""));
+    EXPECT_EQ(4, recorded.code) << recorded.err;
+    EXPECT_NE(std::string::npos, recorded.err.find("the sound device system is gone"));
+    EXPECT_GT(read(dir.make_name("take.wav"))[0].size(), 2u * 48000);
+}
+
+// A jump through the server: what comes behind it is what is rendered from there.
+TEST_F(JackTest, AJumpToTheNextCueComesOutAsItRenders) {
+    settings.block_len = block_len;
+    settings.from = 40;
+    add_clip(add_track("early"), add_noise(2, 96000, 48000), 1).fade_out = 0.5;
+    add_clip(add_track("late"), add_noise(2, 60000, 48000), 40.1);
+    session.cue_arr = {{"late", 40}};
+    Channels const mix = render();
+    JackClient client(Channels(2, {0.f}), 8 * 48000);
+    auto const device = devices.open({"", 48000, block_len, 2, 0});
+    live::Player::Settings live;
+    live.block_len = device->get_block_len();
+    live::Player player(bundle, session, fact_arr, live);
+    player.start();
+    device->start([&](float const* const*, float* const* out_arr, long len) {
+        player.process(out_arr, len);
+    });
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 0", "test:in0"); }));
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 1", "test:in1"); }));
+    ASSERT_TRUE(wait_for([&] { return player.find_state().time > 2; }));
+    player.locate(*player.find_next_cue(2));
+    ASSERT_TRUE(wait_for([&] { return player.find_state().finished_flag; }));
+    device->stop();
+    client.close();
+    player.stop();
+    EXPECT_TRUE(player.list_losses().empty());
+    auto const is_sound = [](float val) { return val != 0; };
+    auto const first = std::find_if(mix[0].begin(), mix[0].end(), is_sound);
+    auto const place =
+        std::search(client.heard[0].begin(), client.heard[0].end(), first, mix[0].end());
+    ASSERT_NE(client.heard[0].end(), place);
+    // Between the cue and the clip lies silence.
+    auto const lead = first - mix[0].begin();
+    EXPECT_TRUE(std::none_of(place - lead, place, is_sound));
+    auto const pos = place - client.heard[0].begin();
+    EXPECT_TRUE(std::equal(mix[1].begin() + (first - mix[0].begin()), mix[1].end(),
+                           client.heard[1].begin() + pos));
 }

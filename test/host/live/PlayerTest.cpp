@@ -5,6 +5,7 @@
 
 #include "ulk/sys/posix/SysCall.h"
 
+#include <atomic>
 #include <filesystem>
 #include <thread>
 
@@ -82,7 +83,7 @@ public:
     std::unique_ptr<Player> player;
 };
 
-// Every read takes its time.
+// Every read takes its time, or all of it.
 class SlowDisk : public ulk::sys::posix::SysCall::Filter {
 public:
     using SysCall = ulk::sys::posix::SysCall;
@@ -91,16 +92,22 @@ public:
         , _prev_ptr(SysCall::set_filter(this)) {}
     ~SlowDisk() override { SysCall::set_filter(_prev_ptr); }
 
+    // From now on no read comes to its end, while true.
+    void stall(bool flag) { _stalled_flag = flag; }
+
 protected:
     long do_check(SysCall::Op op, long) override {
         if (op == SysCall::Op_READ) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(_ms));
+            do {
+                std::this_thread::sleep_for(std::chrono::milliseconds(_ms));
+            } while (_stalled_flag);
         }
         return 0;
     }
 
 private:
     int _ms;
+    std::atomic<bool> _stalled_flag = false;
     Filter* _prev_ptr;
 };
 
@@ -157,6 +164,101 @@ TEST_F(LivePlayerTest, JumpsToATimeAndPlaysOnFromThereAsRendered) {
     EXPECT_NEAR(2.25 + block_len / freq, player->find_state().time, 1e-9);
     Channels const played = play_on(mix[0].size() - block_len, {block_len});
     expect_same(mix, block_len, played, 0, mix[0].size() - block_len);
+}
+
+// From the frame on that the jump leads to, without any more help from the disk.
+TEST_F(LivePlayerTest, TheNextCueSoundsAtOnce) {
+    session.cue_arr = {{"verse", 0}, {"chorus", 2.25}, {"coda", 2.7}};
+    settings.from = 2.25;
+    Channels const mix = render();
+    make_player();
+    play_on(20000, {block_len});
+    EXPECT_EQ(0, player->find_state().cue);
+    EXPECT_EQ(2.25, player->find_next_cue(player->find_state().time));
+    player->locate(2.25);
+    player->serve(); // and no slice
+    EXPECT_FALSE(player->find_state().loading_flag);
+    for (int block = 0; player->use_stat().nbr_jumps == 0; ++block) {
+        ASSERT_LT(block, 10);
+        play(block_len);
+    }
+    Channels played(2);
+    while (played[0].size() < mix[0].size()) {
+        Channels const block = play(block_len);
+        for (std::size_t chn = 0; chn < 2; ++chn) {
+            played[chn].insert(played[chn].end(), block[chn].begin(), block[chn].end());
+        }
+    }
+    expect_same(mix, block_len, played, 0, mix[0].size() - block_len);
+    EXPECT_EQ(0, player->find_state().nbr_lost);
+    EXPECT_EQ(2, player->find_state().cue);
+    EXPECT_FALSE(player->find_next_cue(2.7));
+}
+
+TEST_F(LivePlayerTest, TheCuePreparedIsTheOneAheadOfWhatPlays) {
+    session.cue_arr = {{"one", 0.4}, {"two", 1.5}};
+    make_player();
+    play_on(24000, {block_len});
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // one cue a second
+    settle();
+    player->locate(1.5);
+    player->serve();
+    EXPECT_FALSE(player->find_state().loading_flag);
+    player->locate(0.4);
+    player->serve(); // was prepared no longer, but is in memory
+    EXPECT_FALSE(player->find_state().loading_flag);
+}
+
+TEST_F(LivePlayerTest, WithoutCuesTheBeginningsOfClipsServe) {
+    make_player();
+    auto const& cue_arr = player->use_cues();
+    ASSERT_EQ(3u, cue_arr.size());
+    EXPECT_EQ(0, cue_arr[0].time);
+    EXPECT_EQ(0.5, cue_arr[1].time);
+    EXPECT_EQ(1.5, cue_arr[2].time);
+    EXPECT_EQ(1.5, player->find_next_cue(0.5));
+}
+
+// Data that lies behind the cue alone, on a disk that does not answer any more when the key is hit.
+TEST_F(LivePlayerTest, ACueIsPrefetchedFromASlowDisk) {
+    session.track_arr.clear();
+    add_clip(add_track("one"), add_noise(2, 4 * 48000, freq), 0);
+    int const late = add_noise(2, 60000, freq);
+    add_clip(add_track("two"), late, 30);
+    session.cue_arr = {{"late", 30}};
+    settings.from = 30;
+    Channels const mix = render();
+    SlowDisk disk(20);
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    player->start();
+    auto const play_block = [this] {
+        Channels block(2, std::vector<float>(block_len));
+        float* const chn_arr[] = {block[0].data(), block[1].data()};
+        player->process(chn_arr, block_len);
+        std::this_thread::sleep_for(std::chrono::microseconds(block_len * 1000000 / 48000));
+        return block;
+    };
+    while (player->find_state().time < 1.5) {
+        play_block();
+    }
+    disk.stall(true);
+    player->locate(30);
+    int nbr_blocks = 0;
+    while (player->use_stat().nbr_jumps == 0 && ++nbr_blocks < 1000) {
+        play_block();
+    }
+    EXPECT_LT(nbr_blocks, 1000); // five seconds: the player's patience is longer
+    Channels played(2);
+    while (played[0].size() < 48000) {
+        Channels const block = play_block();
+        for (std::size_t chn = 0; chn < 2; ++chn) {
+            played[chn].insert(played[chn].end(), block[chn].begin(), block[chn].end());
+        }
+    }
+    disk.stall(false);
+    player->stop();
+    EXPECT_TRUE(player->list_losses().empty());
+    expect_same(mix, block_len, played, 0, 48000);
 }
 
 TEST_F(LivePlayerTest, FadesOutBeforeAJump) {
@@ -289,6 +391,63 @@ TEST_F(LivePlayerTest, AClipWhoseFileIsGoneIsTold) {
     EXPECT_TRUE(losses[0].refused_flag);
     EXPECT_EQ(0, losses[0].track);
     EXPECT_EQ(1, losses[0].clip);
+}
+
+TEST_F(LivePlayerTest, TimeStartsWhenTheFirstSecondOfEachTrackIsInMemory) {
+    session.track_arr[1].clips[0].at = 0.9; // a cell of it and more
+    Channels const mix = render();
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    player->serve();
+    bool loaded_flag = false;
+    for (int nbr_slices = 0; !loaded_flag; ++nbr_slices) {
+        ASSERT_LT(nbr_slices, 1000);
+        for (int block = 0; block < 5; ++block) {
+            Channels const silence = play(block_len);
+            EXPECT_EQ(block_len, std::count(silence[0].begin(), silence[0].end(), 0.f));
+            EXPECT_EQ(0, player->find_state().time);
+        }
+        EXPECT_FALSE(player->find_state().playing_flag);
+        player->run_slices();
+        player->serve();
+        loaded_flag = !player->find_state().loading_flag;
+    }
+    play(block_len);
+    Channels played(2);
+    while (played[0].size() < 48000) { // the barrier's second, from memory
+        Channels const block = play(block_len);
+        for (std::size_t chn = 0; chn < 2; ++chn) {
+            played[chn].insert(played[chn].end(), block[chn].begin(), block[chn].end());
+        }
+    }
+    expect_same(mix, 0, played, 0, 48000);
+    EXPECT_EQ(0, player->find_state().nbr_lost);
+}
+
+// Its sample is not there after ten seconds: a start without it is better than none.
+TEST_F(LivePlayerTest, PatienceWithTheDiskHasAnEnd) {
+    live.patience = 0.01;
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    player->serve();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    player->serve();
+    play(block_len);
+    play(block_len);
+    EXPECT_GT(player->find_state().time, 0);
+    EXPECT_GT(player->find_state().nbr_lost, 0);
+}
+
+TEST_F(LivePlayerTest, TheTimesOfAllPassesAreKept) {
+    make_player();
+    play_on(48000, {block_len});
+    player->find_state(); // looks at the cells
+    auto const& times = player->use_stat();
+    EXPECT_EQ(times.nbr_blocks, times.waits.get_count());
+    EXPECT_EQ(times.nbr_blocks, times.works.get_count());
+    EXPECT_GT(times.peaks[0], 0.1f);
+    EXPECT_GT(times.max_cells_full, 0);
+    EXPECT_LE(times.max_cells_full, times.nbr_cells);
+    std::string const txt = times.print();
+    EXPECT_NE(std::string::npos, txt.find("waits below")) << txt;
 }
 
 TEST_F(LivePlayerTest, TheSoundWaitsForASlowDiskAndThenMatches) {

@@ -20,6 +20,18 @@ double find_in_list(std::vector<std::int64_t> list, double ratio) {
 
 } // namespace
 
+TEST(PercentilesTest, CountBelowIsExactAtTheStepsOfAHistogram) {
+    Percentiles percentiles;
+    for (std::int64_t const ns : {0, 999, 1000, 1001, 1999, 2000, 63999, 64000}) {
+        percentiles.add(ns);
+    }
+    EXPECT_EQ(2, percentiles.count_below(1000));
+    EXPECT_EQ(5, percentiles.count_below(2000));
+    EXPECT_EQ(6, percentiles.count_below(32000));
+    EXPECT_EQ(7, percentiles.count_below(64000));
+    EXPECT_EQ(8, percentiles.count_below(128000));
+}
+
 TEST(PercentilesTest, AreWithinOnePercentOfASortedList) {
     std::mt19937_64 rng(1);
     for (double const octaves : {1., 6., 20., 62.}) {

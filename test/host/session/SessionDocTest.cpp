@@ -1,6 +1,7 @@
 // What is written about sessions is what the reader takes.
 
 #include "host/session/ClipList.h"
+#include "host/session/CueReader.h"
 #include "host/session/InsertReader.h"
 #include "host/session/SessionReader.h"
 #include "host/session/TempoReader.h"
@@ -75,7 +76,7 @@ TEST(SessionDocTest, ExamplesLoad) {
             ++nbr_examples;
         }
     }
-    EXPECT_EQ(4u, nbr_examples);
+    EXPECT_EQ(5u, nbr_examples);
 }
 
 TEST(SessionDocTest, NamesEveryField) {
@@ -83,7 +84,8 @@ TEST(SessionDocTest, NamesEveryField) {
     for (auto const& name_arr :
          {SessionReader::get_field_names(), TrackReader::get_field_names(),
           InsertReader::get_field_names(), InsertReader::get_automation_field_names(),
-          ClipReader::get_field_names(), TempoReader::get_field_names()}) {
+          ClipReader::get_field_names(), TempoReader::get_field_names(),
+          CueReader::get_field_names()}) {
         for (std::string_view const name : name_arr) {
             EXPECT_NE(std::string::npos, doc.find("`" + std::string(name) + "`")) << name;
         }
@@ -96,6 +98,7 @@ TEST_F(SessionSchemaTest, HasTheReadersFields) {
     expect_same_names(_definitions["insert"], InsertReader::get_field_names());
     expect_same_names(_definitions["automation"], InsertReader::get_automation_field_names());
     expect_same_names(_definitions["clip"], ClipReader::get_field_names());
+    expect_same_names(_definitions["cue"], CueReader::get_field_names());
     expect_same_names(_definitions["tempo_change"], TempoReader::get_field_names());
 }
 

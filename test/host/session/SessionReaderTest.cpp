@@ -57,6 +57,14 @@ void expect_equal(Session::Curve const& a, Session::Curve const& b) {
     }
 }
 
+void expect_equal(std::vector<Session::Cue> const& a, std::vector<Session::Cue> const& b) {
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t pos = 0; pos < a.size(); ++pos) {
+        EXPECT_EQ(a[pos].name, b[pos].name);
+        EXPECT_EQ(a[pos].time, b[pos].time);
+    }
+}
+
 void expect_equal(Session::Clip const& a, Session::Clip const& b) {
     EXPECT_EQ(a.sample, b.sample);
     EXPECT_EQ(a.at, b.at);
@@ -169,6 +177,7 @@ TEST_F(SessionReaderTest, ReadsEveryField) {
                      {2.5, "Gain", "3.5", 0, {}}};
     expect_equal(insert, bus.inserts[0]);
     EXPECT_EQ(Session::Dry::NONE, bus.inserts[1].dry);
+    expect_equal({{"Cue 2", 1.5}, {"Chorus", 4}}, session.cue_arr);
 }
 
 TEST_F(SessionReaderTest, ReadsTheSameFromBothLanguages) {
@@ -183,6 +192,7 @@ TEST_F(SessionReaderTest, ReadsTheSameFromBothLanguages) {
     for (std::size_t pos = 0; pos < toml.track_arr.size(); ++pos) {
         expect_equal(toml.track_arr[pos], json.track_arr[pos]);
     }
+    expect_equal(toml.cue_arr, json.cue_arr);
     ASSERT_EQ(toml.sample_arr.size(), json.sample_arr.size());
     for (std::size_t pos = 0; pos < toml.sample_arr.size(); ++pos) {
         EXPECT_EQ(toml.sample_arr[pos].path, json.sample_arr[pos].path);

@@ -7,6 +7,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -77,6 +78,7 @@ TEST(MutexTest, FailuresHaveTheirTexts) {
     fail_init_flag = false;
     Broken const broken(mutex);
     EXPECT_EQ("ulk::sys::Mutex::lock(): Cannot lock mutex.", text_of([&] { mutex.lock(); }));
+    EXPECT_EQ("ulk::sys::Mutex::lock(): Cannot lock mutex.", text_of([&] { mutex.lock_quick(); }));
     EXPECT_EQ("ulk::sys::Mutex::unlock(): Cannot unlock mutex.", text_of([&] { mutex.unlock(); }));
 }
 
@@ -160,4 +162,26 @@ TEST(CritSecTest, AFailedLeaveIsToldOnce) {
     });
     EXPECT_EQ("ulk::sys::Mutex::unlock(): Cannot unlock mutex.", txt);
     mutex.unlock();
+}
+
+TEST(MutexTest, AQuickLockExcludesOthersHoweverLongTheyHoldIt) {
+    Mutex const mutex;
+    long sum = 0;
+    auto const work = [&](bool slow_flag) {
+        for (int round = 0; round < (slow_flag ? 10 : 20000); ++round) {
+            mutex.lock_quick();
+            long const val = sum;
+            if (slow_flag) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            sum = val + 1;
+            mutex.unlock();
+        }
+    };
+    std::thread slow(work, true);
+    std::thread quick(work, false);
+    work(false);
+    slow.join();
+    quick.join();
+    EXPECT_EQ(40010, sum);
 }

@@ -3,9 +3,9 @@
 namespace ulk::sys {
 
 // The operating system's mutex, neither recursive nor checking. Not for the real-time thread but
-// for the short sections told where they are. Copying makes a new, unlocked mutex and assigning
-// does nothing, so that classes which hold one stay copyable.
-// A failure of the system throws std::runtime_error.
+// for the short sections told where they are; a holder that one waits for inherits its priority.
+// Copying makes a new, unlocked mutex and assigning does nothing, so that classes which hold one
+// stay copyable. A failure of the system throws std::runtime_error.
 class Mutex {
 public:
     Mutex();
@@ -14,6 +14,9 @@ public:
     ~Mutex();
 
     void lock() const;
+    // Tries for some microseconds before it sleeps: for a mutex whose holders are quick, where
+    // going to sleep and waking up would take far longer.
+    void lock_quick() const;
     void unlock() const;
 
 private:

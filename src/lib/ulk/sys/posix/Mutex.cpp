@@ -37,16 +37,35 @@ void Mutex::lock() const {
     }
 }
 
+void Mutex::lock_quick() const {
+    constexpr int nbr_trials = 500; // of some 20 ns
+    for (int trial = 0; trial < nbr_trials; ++trial) {
+        if (pthread_mutex_trylock(use_native(_storage)) == 0) {
+            return;
+        }
+    }
+    lock();
+}
+
 void Mutex::unlock() const {
     if (pthread_mutex_unlock(use_native(_storage)) != 0) {
         throw std::runtime_error("ulk::sys::Mutex::unlock(): Cannot unlock mutex.");
     }
 }
 
+// A holder that a real-time thread waits for inherits that one's priority, where the system knows
+// of it: else whatever else runs could keep the two waiting.
 void Mutex::init(char const* err_txt) {
     static_assert(sizeof(pthread_mutex_t) <= sizeof(_storage));
     static_assert(alignof(pthread_mutex_t) <= alignof(Mutex));
-    if (pthread_mutex_init(new (_storage) pthread_mutex_t, nullptr) != 0) {
+    auto* const native = new (_storage) pthread_mutex_t;
+    pthread_mutexattr_t attr;
+    pthread_mutexattr_init(&attr);
+    pthread_mutexattr_setprotocol(&attr, PTHREAD_PRIO_INHERIT);
+    bool const ok_flag =
+        pthread_mutex_init(native, &attr) == 0 || pthread_mutex_init(native, nullptr) == 0;
+    pthread_mutexattr_destroy(&attr);
+    if (!ok_flag) {
         throw std::runtime_error(err_txt);
     }
 }
