@@ -36,7 +36,9 @@ void SoundChecker::check(View const& before, View const& after, float const* con
         check_part(part, chn_arr);
         pos = part.pos + part.len;
     }
-    check_silence(chn_arr, pos, len);
+    if (!is_silent(chn_arr, pos, len)) {
+        fail("a sound where nothing plays", before, after, len);
+    }
 }
 
 // All of the block, nothing in a pause, or what is left.
@@ -52,32 +54,39 @@ void SoundChecker::check_same_deck(View const& before, View const& after, long l
     _part_arr.push_back({before.frame, static_cast<long>(moved), 0, before.gain, direction});
 }
 
-// A round of a loop follows on the frame, a jump begins with a block; both at full level, or in a
-// pause, where nothing is read.
+// A round of a loop follows on the frame. A jump begins with a block, at full level, or in a pause,
+// where nothing is read.
 void SoundChecker::check_new_deck(View const& before, View const& after, long len) {
-    bool const pause_flag = after.gain == 0;
-    long long const rest = before.deck == nullptr ? 0 : before.end - before.frame;
-    long long const round_len = pause_flag ? 0 : len - rest;
-    bool const round_flag =
-        _loop_beg >= 0 && rest > 0 && rest < len && after.frame == _loop_beg + round_len;
-    long const old_len = round_flag ? static_cast<long>(rest) : 0;
-    if (round_flag) {
-        int const direction = pause_flag ? -1 : before.gain < 1;
+    long long const rest = before.end - before.frame;
+    if (before.deck != nullptr && _loop_beg >= 0 && rest >= 0 && rest < len &&
+        after.frame == _loop_beg + len - rest) {
+        auto const old_len = static_cast<long>(rest);
+        int const direction = (after.gain > before.gain) - (after.gain < before.gain);
         _part_arr.push_back({before.frame, old_len, 0, before.gain, direction});
+        float const gain = fade(before.gain, direction, old_len);
+        _part_arr.push_back({_loop_beg, len - old_len, old_len, gain, direction});
+        return;
     }
-    long const new_len = pause_flag ? 0 : len - old_len;
-    long long const from = after.frame - new_len;
-    _part_arr.push_back({from, new_len, old_len, 1, 0});
-    if (from < 0 || (!pause_flag && after.gain != 1)) {
+    long const new_len = after.gain == 0 ? 0 : len;
+    _part_arr.push_back({after.frame - new_len, new_len, 0, 1, 0});
+    if (after.frame < new_len || (after.gain != 0 && after.gain != 1)) {
         fail("a jump went wrong", before, after, len);
     }
+}
+
+// What a fade comes to in len frames.
+float SoundChecker::fade(float gain, int direction, long len) const {
+    for (long pos = 0; pos < len; ++pos) {
+        gain = std::clamp(gain + static_cast<float>(direction) * _fade_step, 0.f, 1.f);
+    }
+    return gain;
 }
 
 void SoundChecker::check_part(Part const& part, float const* const* chn_arr) {
     for (int chn = 0; chn < _score.get_nbr_chn(); ++chn) {
         float gain = part.gain;
         for (long pos = 0; pos < part.len; ++pos) {
-            gain = std::clamp(gain + static_cast<float>(part.direction) * _fade_step, 0.f, 1.f);
+            gain = fade(gain, part.direction, 1);
             check_frame(chn, part.frame + pos, gain, chn_arr[chn][part.pos + pos]);
         }
     }
@@ -113,12 +122,13 @@ void SoundChecker::check_frame(int chn, long long frame, float gain, float val) 
     }
 }
 
-void SoundChecker::check_silence(float const* const* chn_arr, long beg, long end) {
+bool SoundChecker::is_silent(float const* const* chn_arr, long beg, long end) const {
+    bool silent_flag = true;
     for (int chn = 0; chn < _score.get_nbr_chn(); ++chn) {
-        if (std::any_of(chn_arr[chn] + beg, chn_arr[chn] + end, [](float v) { return v != 0; })) {
-            _verdict.fail("a sound where nothing plays");
-        }
+        silent_flag = silent_flag && std::all_of(chn_arr[chn] + beg, chn_arr[chn] + end,
+                                                 [](float val) { return val == 0; });
     }
+    return silent_flag;
 }
 
 void SoundChecker::fail(std::string const& text, View const& before, View const& after, long len) {

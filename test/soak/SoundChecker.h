@@ -46,9 +46,10 @@ private:
 
     void check_same_deck(View const& before, View const& after, long len);
     void check_new_deck(View const& before, View const& after, long len);
+    float fade(float gain, int direction, long len) const;
     void check_part(Part const& part, float const* const* chn_arr);
     void check_frame(int chn, long long frame, float gain, float val);
-    void check_silence(float const* const* chn_arr, long beg, long end);
+    bool is_silent(float const* const* chn_arr, long beg, long end) const;
     void fail(std::string const& text, View const& before, View const& after, long len);
 
     Score const& _score;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 namespace ulk::host::live {
 
@@ -66,9 +67,10 @@ void Player::change_deck() {
         ++_stat.nbr_jumps;
     }
     _current = std::exchange(_next, nullptr);
-    _jump_flag = false;
     _finished_flag = false;
-    _gain = _pause_flag ? 0.f : 1.f;
+    if (std::exchange(_jump_flag, false)) {
+        _gain = _pause_flag ? 0.f : 1.f; // a fade goes on behind the round of a loop
+    }
 }
 
 void Player::play(float* const* chn_arr, long len) {

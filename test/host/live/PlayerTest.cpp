@@ -298,6 +298,23 @@ TEST_F(LivePlayerTest, GoesRoundALoopWithoutAGap) {
     EXPECT_EQ(0, player->use_stat().nbr_late);
 }
 
+TEST_F(LivePlayerTest, FadesOnBehindTheRoundOfALoop) {
+    session.track_arr.clear();
+    add_clip(add_track("steady"), add_sample({std::vector<float>(200000, 0.5f)}, freq), 0);
+    live.loop = Player::Loop{0.6, 1.7}; // ends in the 319th block
+    make_player();
+    play(block_len);
+    Channels played = play_on(318 * block_len, {block_len});
+    player->set_pause(true);
+    Channels const faded = play_on(2 * block_len, {block_len});
+    played[0].insert(played[0].end(), faded[0].begin(), faded[0].end());
+    EXPECT_EQ(1, player->use_stat().nbr_jumps);
+    EXPECT_EQ(0, played[0].back());
+    for (std::size_t pos = 300; pos < played[0].size(); ++pos) {
+        ASSERT_LT(std::fabs(played[0][pos] - played[0][pos - 1]), 0.5f / 200) << pos;
+    }
+}
+
 TEST_F(LivePlayerTest, PausesAndGoesOnWhereItStopped) {
     make_player();
     play(block_len);
