@@ -1,6 +1,5 @@
 #include "host/SoundFileFmt.h"
 
-#include "host/SoundFileFormat.h"
 #include "ulk/sacc/Err.h"
 #include "ulk/sacc/SplFileExtData.h"
 #include "ulk/sys/Err.h"
@@ -25,12 +24,23 @@ constexpr int max_nbr_chn = 255;
 constexpr int min_sample_freq = 100;
 constexpr int max_sample_freq = 10000000;
 
+constexpr Int64 max_len = Int64{1} << 40; // frames; more is what is told of files without a length
+
 constexpr Int64 max_overlap = 8192; // frames, the longest block of Vorbis
 
 // Those in which any frame is found again exactly, however one comes there
 constexpr int container_arr[] = {SF_FORMAT_WAV, SF_FORMAT_WAVEX, SF_FORMAT_RF64,
                                  SF_FORMAT_W64, SF_FORMAT_AIFF,  SF_FORMAT_FLAC,
                                  SF_FORMAT_OGG, SF_FORMAT_AU,    SF_FORMAT_CAF};
+
+// Encodings in which it is not
+constexpr int inexact_arr[] = {SF_FORMAT_MPEG_LAYER_I, SF_FORMAT_MPEG_LAYER_II,
+                               SF_FORMAT_MPEG_LAYER_III};
+
+template <std::size_t N>
+bool contains(int const (&list)[N], int val) {
+    return std::find(std::begin(list), std::end(list), val) != std::end(list);
+}
 
 sacc::SplFileBitFmt find_bit_fmt(int encoding) {
     switch (encoding) {
@@ -68,7 +78,10 @@ sf_count_t seek(sf_count_t offset, int whence, void* user) {
     Int64 const base = whence == SEEK_CUR   ? find_pos(user)
                        : whence == SEEK_END ? find_file_len(user)
                                             : 0;
-    return base + offset >= 0 && use_file(user).seek(base + offset) == 0 ? base + offset : -1;
+    Int64 pos = 0;
+    bool const ok_flag = !__builtin_add_overflow(base, Int64{offset}, &pos) && pos >= 0 &&
+                         use_file(user).seek(pos) == 0;
+    return ok_flag ? pos : -1;
 }
 
 sf_count_t read_bytes(void* dst, sf_count_t len, void* user) {
@@ -90,52 +103,46 @@ public:
         SF_VIRTUAL_IO io = {&find_file_len, &seek, &read_bytes, &write_bytes, &find_pos};
         file.seek(0);
         _sound = sf_open_virtual(&io, SFM_READ, &_info, &file);
-        if (_sound != nullptr) {
-            _scale = get_format().get_int_scale();
-            sf_command(_sound, SFC_SET_NORM_FLOAT, nullptr, _scale == 0 ? SF_TRUE : SF_FALSE);
-        }
     }
     ~Stream() { sf_close(_sound); }
     Stream(Stream const&) = delete;
     Stream& operator=(Stream const&) = delete;
 
-    int check() const {
-        int const container = _info.format & SF_FORMAT_TYPEMASK;
-        if (_sound == nullptr ||
-            std::count(std::begin(container_arr), std::end(container_arr), container) == 0) {
+    int check() {
+        if (_sound == nullptr || _info.seekable == 0 ||
+            !contains(container_arr, _info.format & SF_FORMAT_TYPEMASK) ||
+            contains(inexact_arr, get_encoding())) {
             return sacc::Err_FORMAT_UNKNOWN;
         }
-        bool const ok_flag = _info.channels >= 1 && _info.channels <= max_nbr_chn &&
-                             _info.samplerate >= min_sample_freq &&
-                             _info.samplerate <= max_sample_freq && _info.seekable != 0;
-        return ok_flag ? 0 : sacc::Err_WAV_OUT_OF_RANGE;
+        if (_info.channels < 1 || _info.channels > max_nbr_chn ||
+            _info.samplerate < min_sample_freq || _info.samplerate > max_sample_freq) {
+            return sacc::Err_WAV_OUT_OF_RANGE;
+        }
+        if (_info.frames < 0 || _info.frames > max_len) {
+            return sacc::Err_LEN_NOT_FIXED;
+        }
+        std::vector<float> last(static_cast<std::size_t>(_info.channels));
+        bool const whole_flag = _info.frames == 0 || read(last.data(), _info.frames - 1, 1);
+        return whole_flag ? 0 : sacc::Err_WAV_TRUNCATED;
     }
 
     char const* get_error() const { return sf_strerror(_sound); }
     Int64 get_len() const { return _info.frames; }
-    SoundFileFormat get_format() const {
-        return {static_cast<double>(_info.samplerate), _info.channels,
-                _info.format & SF_FORMAT_SUBMASK};
-    }
+    int get_nbr_chn() const { return _info.channels; }
+    double get_sample_freq() const { return _info.samplerate; }
+    int get_encoding() const { return _info.format & SF_FORMAT_SUBMASK; }
 
     // Decoders keep their place, so that reading on costs no seeking.
     bool read(float* dst, Int64 pos, long len) {
-        if ((pos != _pos && !go_to(pos)) || !decode(dst, len)) {
-            _pos = -1;
-            return false;
-        }
-        if (_scale != 0) {
-            std::transform(dst, dst + len * _info.channels, dst,
-                           [this](float val) { return val * _scale; });
-        }
-        _pos = pos + len;
-        return true;
+        bool const ok_flag = (pos == _pos || go_to(pos)) && decode(dst, len);
+        _pos = ok_flag ? pos + len : -1;
+        return ok_flag;
     }
 
 private:
     // Frames of Vorbis overlap those before them: right behind a jump they are others.
     bool go_to(Int64 pos) {
-        bool const overlap_flag = get_format().encoding == SF_FORMAT_VORBIS;
+        bool const overlap_flag = get_encoding() == SF_FORMAT_VORBIS;
         long const ahead = overlap_flag ? static_cast<long>(std::min(pos, max_overlap)) : 0;
         std::vector<float> passed(static_cast<std::size_t>(ahead * _info.channels));
         return sf_seek(_sound, pos - ahead, SEEK_SET) == pos - ahead &&
@@ -147,7 +154,6 @@ private:
     SF_INFO _info = {};
     SNDFILE* _sound = nullptr;
     Int64 _pos = 0; // of the decoder, -1 when unknown
-    float _scale = 0;
 };
 
 SoundFileFmt::SoundFileFmt() = default;
@@ -204,15 +210,15 @@ Int64 SoundFileFmt::do_get_length() const {
 }
 
 int SoundFileFmt::do_get_nbr_chn() const {
-    return _stream->get_format().nbr_chn;
+    return _stream->get_nbr_chn();
 }
 
 double SoundFileFmt::do_get_sample_freq() const {
-    return _stream->get_format().sample_freq;
+    return _stream->get_sample_freq();
 }
 
 sacc::SplFileBitFmt SoundFileFmt::do_get_sample_format() const {
-    return find_bit_fmt(_stream->get_format().encoding);
+    return find_bit_fmt(_stream->get_encoding());
 }
 
 sacc::SplFileFmt SoundFileFmt::do_get_file_format() const {

@@ -15,7 +15,9 @@ public:
     ~SoundFileFmt() override;
 
 protected:
-    int do_read_format_info(sys::File& file) override; // Err_FORMAT_UNKNOWN, Err_WAV_OUT_OF_RANGE
+    // Also Err_LEN_NOT_FIXED for a file that does not tell its length, and Err_WAV_TRUNCATED for
+    // one whose last frame is not there.
+    int do_read_format_info(sys::File& file) override;
     int do_create_from_scratch(sys::File& file, int nbr_chn, sacc::SplFileBitFmt bit_fmt,
                                double sample_freq, archi::Int64 len) override;
     int do_validate_new_data(sys::File& file) override;

@@ -65,7 +65,11 @@ TEST_F(ValidateCommandTest, TellsMistakesOfInserts) {
         EXPECT_NE(std::string::npos, outcome.out.find(text)) << text << "\n" << outcome.out;
     }
     EXPECT_TRUE(outcome.err.ends_with("tessitone: song.toml: 4 mistakes\n")) << outcome.err;
-    EXPECT_EQ(2, run("validate --bundle none.so song.toml").code);
+    auto const alone = run("validate --bundle none.so song.toml");
+    EXPECT_EQ(2, alone.code);
+    EXPECT_NE(std::string::npos, alone.out.find("song.toml: error: no plug-in could be asked: "
+                                                "none.so: no such bundle"))
+        << alone.out;
 }
 
 TEST_F(ValidateCommandTest, TellsMistakesOfTheTextAndOfTheMaterial) {

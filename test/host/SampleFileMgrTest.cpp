@@ -7,9 +7,9 @@
 #include "ulk/sacc/SplFileHnd.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
+#include <sndfile.hh>
 
-#include <cmath>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -131,25 +131,53 @@ TEST_F(SampleFileMgrTest, ReadsEveryFrameOfEveryKind) {
     }
 }
 
+// Integers come as what they are of the lowest one, to the bit.
 TEST_F(SampleFileMgrTest, FullScaleIsOne) {
     for (Kind const& kind : kind_arr) {
         int const codec = kind.format & SF_FORMAT_SUBMASK;
         if (codec == SF_FORMAT_VORBIS || codec == SF_FORMAT_OPUS || codec == SF_FORMAT_ULAW) {
             continue;
         }
-        std::vector<float> const sound = make_sound(5000, 2);
         std::string const path = _dir.make_name(kind.name);
-        write(path, kind.format, sound, 2);
-        // The library scales by one less than the full scale when it writes integers.
-        std::vector<float> block(sound.size());
+        {
+            SndfileHandle file(path, SFM_WRITE, kind.format, 1, rate);
+            bool const float_flag = codec == SF_FORMAT_FLOAT || codec == SF_FORMAT_DOUBLE;
+            int const ints[] = {INT_MIN, 1 << 30, -(1 << 29), 0};
+            double const doubles[] = {-1, 0.5, -0.25, 0};
+            ASSERT_EQ(4, float_flag ? file.write(doubles, 4) : file.write(ints, 4));
+        }
+        std::vector<float> block(4);
         SplFileHnd hnd;
         ASSERT_EQ(0, hnd.open(_mgr.use_mgr(), path.c_str(), false));
-        ASSERT_EQ(0, hnd.read_block(block.data(), 0, 5000));
-        for (std::size_t i = 0; i < sound.size(); ++i) {
-            ASSERT_NEAR(sound[i], block[i], 1.0 / 128) << kind.name;
-        }
+        ASSERT_EQ(0, hnd.read_block(block.data(), 0, 4));
+        EXPECT_EQ((std::vector<float>{-1, 0.5f, -0.25f, 0}), block) << kind.name;
         EXPECT_EQ(0, hnd.close());
     }
+}
+
+// A FLAC as it comes out of a pipe counts no frames; one that is cut ends before its last.
+TEST_F(SampleFileMgrTest, RefusesFilesWithoutTheirEnd) {
+    std::string const path = _dir.make_name("a.flac");
+    write(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, make_sound(30000, 1), 1);
+    std::ifstream in(path, std::ios::binary);
+    std::string const good{std::istreambuf_iterator<char>(in), {}};
+    SplFileHnd hnd;
+    std::string piped = good;
+    piped[21] = static_cast<char>(piped[21] & 0xF0); // the low 36 bits of 8 bytes count the frames
+    std::fill(piped.begin() + 22, piped.begin() + 26, '\0');
+    std::ofstream(path, std::ios::binary) << piped;
+    EXPECT_EQ(Err_LEN_NOT_FIXED, hnd.open(_mgr.use_mgr(), path.c_str(), false));
+    std::ofstream(path, std::ios::binary) << good.substr(0, good.size() / 2);
+    EXPECT_EQ(Err_WAV_TRUNCATED, hnd.open(_mgr.use_mgr(), path.c_str(), false));
+    std::ofstream(path, std::ios::binary) << good;
+    EXPECT_EQ(0, hnd.open(_mgr.use_mgr(), path.c_str(), false));
+    EXPECT_EQ(0, hnd.close());
+
+    std::string const ogg = _dir.make_name("a.ogg");
+    write(ogg, SF_FORMAT_OGG | SF_FORMAT_VORBIS, make_sound(30000, 1), 1);
+    std::filesystem::resize_file(ogg, std::filesystem::file_size(ogg) * 2 / 3);
+    int const code = hnd.open(_mgr.use_mgr(), ogg.c_str(), false);
+    EXPECT_TRUE(code == Err_LEN_NOT_FIXED || code == Err_WAV_TRUNCATED) << code;
 }
 
 TEST_F(SampleFileMgrTest, PlainWavFilesStayWithTheSampleLibrary) {
@@ -183,7 +211,7 @@ TEST_F(SampleFileMgrTest, WritesWavFilesAlone) {
     EXPECT_EQ(before, read_all(_dir.make_name("c.flac"), 1));
 }
 
-// Any byte changed or missing: an error or some sound, and nothing else.
+// Any byte changed or missing: an error or some sound of a length that can be, and nothing else.
 TEST_F(SampleFileMgrTest, BearsBrokenFiles) {
     std::mt19937 rnd(11);
     for (Kind const& kind : kind_arr) {
@@ -203,11 +231,15 @@ TEST_F(SampleFileMgrTest, BearsBrokenFiles) {
             if (hnd.open(_mgr.use_mgr(), path.c_str(), false) != 0) {
                 continue;
             }
+            ASSERT_GE(hnd.get_length(), 0);
+            ASSERT_LE(hnd.get_length(), 1LL << 40);
             long const len = static_cast<long>(std::min(hnd.get_length(), ulk::archi::Int64{5000}));
-            std::vector<float> block(static_cast<std::size_t>(len * hnd.get_nbr_chn()));
-            hnd.read_block(block.data(), 0, len);
-            hnd.read_block(block.data(), hnd.get_length() - len, len);
-            hnd.close();
+            std::vector<float> block(static_cast<std::size_t>(len * hnd.get_nbr_chn()) + 1, 77.f);
+            for (ulk::archi::Int64 const pos : {ulk::archi::Int64{0}, hnd.get_length() - len}) {
+                EXPECT_LE(hnd.read_block(block.data(), pos, len), 0);
+                ASSERT_EQ(77.f, block.back());
+            }
+            EXPECT_EQ(0, hnd.close());
         }
     }
 }

@@ -21,7 +21,7 @@ public:
         }
         return 0;
     }
-    // The errors since the last call; the first ones alone of very many.
+    // The errors since the last call; of very many the first and the last ones.
     static std::vector<std::string> take_errors() {
         LogWatch& self = use_instance();
         std::lock_guard const lock(self._mutex);
@@ -40,8 +40,9 @@ private:
     }
     void add(ulk::udbg::LogMgr::Record const& record) {
         std::lock_guard const lock(_mutex);
-        if (record.level <= ulk::udbg::Debugger::Level_ERROR && _nbr_lines < _line_arr.size()) {
-            auto& line = _line_arr[_nbr_lines++];
+        if (record.level <= ulk::udbg::Debugger::Level_ERROR) {
+            _nbr_lines = std::min(_nbr_lines + 1, _line_arr.size());
+            auto& line = _line_arr[_nbr_lines - 1];
             std::strncpy(line.data(), record.text, line.size() - 1);
         }
     }

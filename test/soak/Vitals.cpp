@@ -45,16 +45,17 @@ Vitals::Point Vitals::measure(double time) {
 
 // A sanitizer keeps what is freed, and looks for leaks by itself.
 void Vitals::look(double time) {
+    int const nbr_files = _last.nbr_files;
     _last = measure(time);
+    if (nbr_files != 0 && _last.nbr_files != nbr_files) {
+        _verdict.fail("open files: " + std::to_string(nbr_files) + " before, " +
+                      std::to_string(_last.nbr_files) + " now");
+    }
     if (time < warm_up) {
         return;
     }
     _point_arr.push_back(_last);
     Point const& first = _point_arr[0];
-    if (_last.nbr_files != first.nbr_files) {
-        _verdict.fail("open files: " + std::to_string(first.nbr_files) + " at first, " +
-                      std::to_string(_last.nbr_files) + " now");
-    }
     bool const own_flag = ulk::sys::RealTimeGuard::is_complete();
     if (own_flag &&
         (_last.heap > first.heap + max_heap_growth || _last.rss > first.rss + max_rss_growth)) {

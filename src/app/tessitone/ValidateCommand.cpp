@@ -34,8 +34,12 @@ Findings look_over(std::string const& path, Context const& context) {
     SampleCheck::report(findings.session, info_arr, Diagnostic::Severity::ERROR,
                         findings.diagnostics);
     if (InsertCheck::has_insert(findings.session)) {
-        ulk::host::Bundle bundle(context.find_bundle());
-        InsertCheck::report(findings.session, bundle, findings.diagnostics);
+        try {
+            ulk::host::Bundle bundle(context.find_bundle());
+            InsertCheck::report(findings.session, bundle, findings.diagnostics);
+        } catch (Error const& e) {
+            findings.diagnostics.error({}, std::string("no plug-in could be asked: ") + e.what());
+        }
         findings.diagnostics.sort();
     }
     for (auto const& track : findings.session.track_arr) {

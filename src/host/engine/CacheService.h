@@ -48,7 +48,7 @@ private:
     Size _size;
     long long _nbr_slices = 0;
     sys::Mutex _mutex_bkg;
-    sys::Mutex _mutex_rt;
+    sys::Mutex _mutex_rt{sys::Mutex::Inheriting()};
     SampleFileMgr _file_mgr;
     sacc::SplCache _cache{_mutex_rt, _mutex_bkg, _file_mgr.use_mgr()};
 };

@@ -24,14 +24,17 @@ struct Reason {
 };
 constexpr Reason reason_arr[] = {
     {sacc::Err_FORMAT_UNKNOWN,
-     "is of no format that can be read (WAV, RF64, W64, AIFF, FLAC, Ogg, AU and CAF "
-     "files can)"},
+     "holds no sound that can be read (WAV, RF64, W64, AIFF, FLAC, Ogg, AU and "
+     "CAF files can be, but for MP3 and GSM in them)"},
+    {sacc::Err_LEN_NOT_FIXED,
+     "does not tell how long it is, as what is written to a pipe; convert it "
+     "from file to file"},
     {sacc::Err_WAV_CHUNK_NOT_FOUND, "is a WAV file without a description or without sound"},
     {sacc::Err_WAV_CATEGORY, "is a WAV file of a kind that cannot be read"},
     {sacc::Err_WAV_BIT_DEPTH, "is a WAV file of other than 8, 16, 24 or 32 bits"},
     {sacc::Err_WAV_OUT_OF_RANGE, "has an impossible rate or number of channels"},
     {sacc::Err_WAV_INCONSISTENT_BIT_DEPTH, "is a WAV file that contradicts itself about its bits"},
-    {sacc::Err_WAV_TRUNCATED, "is a WAV file that ends before its sound does"},
+    {sacc::Err_WAV_TRUNCATED, "ends before its sound does"},
     {sacc::Err_WAV_CHUNK_SIZE, "is a WAV file with broken chunks"},
     {sys::Err_FILE_READ_PAST_END, "is a WAV file that ends within its header"},
 };

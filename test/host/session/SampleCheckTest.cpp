@@ -37,7 +37,7 @@ TEST_F(SampleCheckTest, SaysWhyASampleCannotBeUsed) {
     };
     for (Case const& c :
          {Case{"none.wav", "does not exist"}, Case{"good", "is a folder"},
-          Case{"good/u8_1ch.wav/x", "does not exist"}, Case{"bad/avi.wav", "no format"},
+          Case{"good/u8_1ch.wav/x", "does not exist"}, Case{"bad/avi.wav", "no sound that can"},
           Case{"bad/no_data.wav", "without sound"}, Case{"bad/category_65534.wav", "of a kind"},
           Case{"bad/bits_64.wav", "8, 16, 24 or 32 bits"},
           Case{"bad/channels_256.wav", "impossible rate"},

@@ -3,12 +3,17 @@
 namespace ulk::sys {
 
 // The operating system's mutex, neither recursive nor checking. Not for the real-time thread but
-// for the short sections told where they are; a holder that one waits for inherits its priority.
-// Copying makes a new, unlocked mutex and assigning does nothing, so that classes which hold one
-// stay copyable. A failure of the system throws std::runtime_error.
+// for the short sections told where they are. Copying makes a new, unlocked mutex and assigning
+// does nothing, so that classes which hold one stay copyable. A failure of the system throws
+// std::runtime_error.
 class Mutex {
 public:
+    struct Inheriting {};
+
     Mutex();
+    // A holder that a thread of higher priority waits for inherits that priority, where the system
+    // knows of it; else whatever else runs could keep the two waiting.
+    explicit Mutex(Inheriting);
     Mutex(Mutex const& other);
     Mutex& operator=(Mutex const& other) noexcept;
     ~Mutex();
@@ -20,7 +25,7 @@ public:
     void unlock() const;
 
 private:
-    void init(char const* err_txt);
+    void init(bool inheriting_flag, char const* err_txt);
 
     // Room for the system's object, whose header stays out of here.
     alignas(8) mutable unsigned char _storage[64];

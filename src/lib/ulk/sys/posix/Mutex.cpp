@@ -16,11 +16,15 @@ pthread_mutex_t* use_native(unsigned char* storage) {
 } // namespace
 
 Mutex::Mutex() {
-    init("ulk::sys::Mutex::Mutex(): Cannot create mutex.");
+    init(false, "ulk::sys::Mutex::Mutex(): Cannot create mutex.");
+}
+
+Mutex::Mutex(Inheriting) {
+    init(true, "ulk::sys::Mutex::Mutex(): Cannot create mutex.");
 }
 
 Mutex::Mutex(Mutex const&) {
-    init("ulk::sys::Mutex::Mutex(const Mutex &): Cannot create mutex.");
+    init(false, "ulk::sys::Mutex::Mutex(const Mutex &): Cannot create mutex.");
 }
 
 Mutex& Mutex::operator=(Mutex const&) noexcept {
@@ -53,17 +57,15 @@ void Mutex::unlock() const {
     }
 }
 
-// A holder that a real-time thread waits for inherits that one's priority, where the system knows
-// of it: else whatever else runs could keep the two waiting.
-void Mutex::init(char const* err_txt) {
+void Mutex::init(bool inheriting_flag, char const* err_txt) {
     static_assert(sizeof(pthread_mutex_t) <= sizeof(_storage));
     static_assert(alignof(pthread_mutex_t) <= alignof(Mutex));
     auto* const native = new (_storage) pthread_mutex_t;
     pthread_mutexattr_t attr;
     pthread_mutexattr_init(&attr);
     pthread_mutexattr_setprotocol(&attr, PTHREAD_PRIO_INHERIT);
-    bool const ok_flag =
-        pthread_mutex_init(native, &attr) == 0 || pthread_mutex_init(native, nullptr) == 0;
+    bool const ok_flag = (inheriting_flag && pthread_mutex_init(native, &attr) == 0) ||
+                         pthread_mutex_init(native, nullptr) == 0;
     pthread_mutexattr_destroy(&attr);
     if (!ok_flag) {
         throw std::runtime_error(err_txt);

@@ -80,6 +80,11 @@ void* aligned_alloc(std::size_t align, std::size_t size) {
     return __libc_memalign(align, size);
 }
 
+void* memalign(std::size_t align, std::size_t size) {
+    RealTimeGuard::note_memory();
+    return __libc_memalign(align, size);
+}
+
 int posix_memalign(void** ptr, std::size_t align, std::size_t size) {
     RealTimeGuard::note_memory();
     void* const area = __libc_memalign(align, size);
@@ -97,6 +102,12 @@ void free(void* ptr) {
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
     static auto* const next = find_next<int(pthread_mutex_t*)>("pthread_mutex_lock");
+    RealTimeGuard::note_lock();
+    return next(mutex);
+}
+
+int pthread_mutex_trylock(pthread_mutex_t* mutex) {
+    static auto* const next = find_next<int(pthread_mutex_t*)>("pthread_mutex_trylock");
     RealTimeGuard::note_lock();
     return next(mutex);
 }
