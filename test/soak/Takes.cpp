@@ -130,6 +130,9 @@ void Takes::record() {
         auto const result = RecordJob::run(settings, open, watch);
         _nbr_frames += result.nbr_frames;
         _nbr_lost += result.nbr_lost;
+        if (result.failure) {
+            throw *result.failure;
+        }
         check_whole(format, result, nbr_heard);
     } catch (ulk::host::Error const& e) {
         ++_nbr_failed;

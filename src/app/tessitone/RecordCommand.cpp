@@ -47,6 +47,9 @@ void report(RecordJob::Settings const& settings, RecordJob::Result const& result
     if (result.failure) {
         throw *result.failure;
     }
+    if (result.full_flag) {
+        throw Error(Error::Kind_LOST, settings.path + ": ended, since a WAV file can hold no more");
+    }
     if (result.nbr_lost > 0 || result.nbr_xruns > 0) {
         throw Error(Error::Kind_LOST, settings.path + ": recorded, but something was lost");
     }

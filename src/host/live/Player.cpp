@@ -193,6 +193,10 @@ void Player::run_thread(std::function<void()> const& work) {
         std::lock_guard const lock(_wish_mutex);
         _failure = e.what();
         _stop_flag = true;
+    } catch (...) {
+        std::lock_guard const lock(_wish_mutex);
+        _failure = "something unknown was thrown";
+        _stop_flag = true;
     }
 }
 
@@ -205,7 +209,6 @@ bool Player::run_slices() {
     return _cache->use_cache().do_run_slice();
 }
 
-// What plays is fed before what is to come.
 void Player::serve() {
     remove_retired();
     take_wish();

@@ -25,6 +25,9 @@ void Player::process(float* const* chn_arr, long len) {
     } catch (std::exception const& e) {
         break_off(e.what());
         clear(chn_arr, 0, len);
+    } catch (...) {
+        break_off("something unknown was thrown");
+        clear(chn_arr, 0, len);
     }
     note_levels(chn_arr, len);
     _stat.nbr_frames += len;

@@ -5,10 +5,12 @@
 #include "host/live/TimedPass.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <thread>
 #include <utility>
 
 namespace ulk::host::live {
@@ -21,11 +23,13 @@ using engine::CacheService;
 constexpr double memory_time = 10; // s, for which the disk may rest
 constexpr long cell_len = 8192;    // floats
 constexpr auto validate_period = std::chrono::seconds(1);
+constexpr auto slice_period = std::chrono::milliseconds(5);
 
 // The work of one run.
 class Run {
 public:
     Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device);
+    ~Run() { stop(); }
 
     void record(RecordJob::Watch const& watch);
     RecordJob::Result close();
@@ -35,10 +39,16 @@ private:
     void push(float const* const* chn_arr, long len);
     void note_levels(float const* const* chn_arr, long len);
     RecordJob::View find_view();
+    bool is_full();
+    void stop();
+    template <class F>
+    void guard(F fnc);
+    void write();
 
     RecordJob::Settings const& _settings;
     double _sample_freq;
-    long long _max_len; // frames
+    long long _max_len;            // frames
+    bool _wished_len_flag = false; // that is what was asked for, and not what a file can hold
     CacheService _cache;
     engine::Recorder _recorder;
     // The real-time side's: for others within a pass.
@@ -48,6 +58,12 @@ private:
     RecordJob::Peaks _max_peaks{}; // of all
     PassTimes _times;
     std::unique_ptr<Device> _device; // its callback ends before the rest
+    // The writing thread's.
+    std::thread _writer;
+    std::atomic<bool> _stop_flag = false;
+    std::atomic<bool> _failed_flag = false; // _failure is set
+    std::optional<Error> _failure;          // of the file; others' behind the thread's end
+    long long _nbr_written = 0;             // frames for which the file has been found good
 };
 
 Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
@@ -62,7 +78,8 @@ Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
     constexpr long long header_room = 1024;
     long long const most =
         (std::numeric_limits<std::uint32_t>::max() - header_room) / format.get_frame_len();
-    _max_len = settings.len ? std::min(_max_len, most) : most;
+    _wished_len_flag = settings.len && _max_len <= most;
+    _max_len = _wished_len_flag ? _max_len : most;
 }
 
 CacheService::Size Run::find_cache_size() const {
@@ -102,37 +119,80 @@ RecordJob::View Run::find_view() {
 void Run::record(RecordJob::Watch const& watch) {
     _device->start(
         [this](float const* const* in_arr, float* const*, long len) { push(in_arr, len); });
+    _writer = std::thread([this] { guard([this] { write(); }); });
+    while (_device->is_alive() && !_failed_flag && !is_full() && watch(find_view())) {
+    }
+}
+
+bool Run::is_full() {
+    CacheService::Pass const pass(_cache);
+    return _nbr_frames >= _max_len;
+}
+
+// What fails ends the take, and not the report on it.
+template <class F>
+void Run::guard(F fnc) {
+    try {
+        fnc();
+    } catch (Error const& e) {
+        _failure = e;
+    } catch (std::exception const& e) {
+        _failure = Error(Error::Kind_IO, _settings.path + ": " + e.what());
+    }
+    _failed_flag = _failure.has_value();
+}
+
+// On a thread of its own: whoever watches may take as long as he likes.
+void Run::write() {
+    long long nbr_settled = 0; // frames whose slices have run
     auto next_validation = Clock::now() + validate_period;
-    bool full_flag = false;
-    while (_device->is_alive() && !full_flag && watch(find_view())) {
-        long long nbr_frames = 0;
+    while (!_stop_flag) {
+        long long nbr_pushed = 0;
         {
             CacheService::Pass const pass(_cache);
-            nbr_frames = _recorder.get_nbr_pushed();
-            full_flag = _nbr_frames >= _max_len;
+            nbr_pushed = _recorder.get_nbr_pushed();
         }
-        _cache.run_slices();
+        if (!_cache.use_cache().do_run_slice()) {
+            nbr_settled = nbr_pushed;
+            std::this_thread::sleep_for(slice_period);
+        }
         if (Clock::now() >= next_validation) {
-            _recorder.validate(nbr_frames);
+            _recorder.validate(nbr_settled);
+            _nbr_written = nbr_settled;
             next_validation = Clock::now() + validate_period;
         }
     }
 }
 
+void Run::stop() {
+    _device->stop();
+    _stop_flag = true;
+    if (_writer.joinable()) {
+        _writer.join();
+    }
+}
+
 RecordJob::Result Run::close() {
     bool const alive_flag = _device->is_alive();
-    _device->stop();
-    _cache.run_slices();
-    _recorder.close();
+    stop();
+    if (!_failure) {
+        guard([this] {
+            _cache.run_slices();
+            _recorder.close();
+            _nbr_written = _recorder.get_nbr_pushed();
+        });
+    }
     RecordJob::Result result;
     result.device = _device->get_name();
     result.sample_freq = _sample_freq;
-    result.nbr_frames = _nbr_frames - _nbr_lost;
-    result.nbr_lost = _nbr_lost;
+    result.nbr_frames = _nbr_written;
+    result.nbr_lost = _nbr_frames - _nbr_written;
     result.nbr_xruns = _device->get_nbr_xruns();
     result.peaks = _max_peaks;
     result.times = _times;
-    if (!alive_flag) {
+    result.full_flag = !_wished_len_flag && _nbr_frames >= _max_len;
+    result.failure = _failure;
+    if (!_failure && !alive_flag) {
         result.failure = Error(Error::Kind_IO, "the sound device " + result.device +
                                                    " is gone; what was recorded until then is in " +
                                                    _settings.path);

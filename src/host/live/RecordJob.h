@@ -34,6 +34,7 @@ public:
         long nbr_xruns = 0;
         Peaks peaks{};
         PassTimes times;
+        bool full_flag = false; // the file can hold no more: it ended before its time
         std::optional<Error>
             failure; // what ended it before its time; all until then is in the file
     };
@@ -46,10 +47,11 @@ public:
     };
 
     using Open = std::function<std::unique_ptr<Device>(Device::Settings const&)>;
-    // Called some times a second; may take a while. False to stop.
+    // Called over and over on the calling thread; may take a while, since another one writes. False
+    // to stop.
     using Watch = std::function<bool(View const& view)>;
 
-    // Throws an Error when the file cannot be written; what was recorded until then is in it.
+    // Throws an Error when it cannot begin; what ends it before its time stands in the result.
     static Result run(Settings const& settings, Open const& open, Watch const& watch);
 };
 

@@ -1,0 +1,68 @@
+// Takes from a device without sound, whatever holds up the watch or the disk.
+
+#include "host/live/RecordJob.h"
+
+#include "host/live/ClockDevice.h"
+#include "support/FileFault.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+using namespace ulk::host::live;
+
+namespace {
+
+class LiveRecordTest : public ::testing::Test {
+protected:
+    LiveRecordTest() { settings.path = dir.make_name("take.wav"); }
+    RecordJob::Result run(RecordJob::Watch const& watch) {
+        return RecordJob::run(
+            settings,
+            [](Device::Settings const& wish) { return std::make_unique<ClockDevice>(wish); },
+            watch);
+    }
+    auto find_size() const { return std::filesystem::file_size(settings.path); }
+
+    test::TempDir dir;
+    RecordJob::Settings settings;
+};
+
+} // namespace
+
+// The file grows, and its cache does not fill up, while a terminal is blocked.
+TEST_F(LiveRecordTest, AWatchThatBlocksHoldsUpNoWriting) {
+    std::uintmax_t size = 0;
+    auto const result = run([&](RecordJob::View const&) {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        size = find_size();
+        return false;
+    });
+    EXPECT_GT(size, 48000u);
+    EXPECT_EQ(0, result.nbr_lost);
+    EXPECT_FALSE(result.failure);
+    EXPECT_FALSE(result.full_flag);
+    EXPECT_EQ(44u + 6 * static_cast<std::uintmax_t>(result.nbr_frames), find_size());
+}
+
+TEST_F(LiveRecordTest, AFullDiskEndsTheTakeWithAReport) {
+    test::FileFault fault;
+    auto const result = run([&, first_flag = true](RecordJob::View const&) mutable {
+        if (first_flag) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+            fault.fail_at(1, ENOSPC, test::FileFault::SysCall::Op_WRITE, test::FileFault::FOR_EVER);
+        }
+        first_flag = false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return true;
+    });
+    ASSERT_TRUE(result.failure);
+    EXPECT_NE(nullptr, std::strstr(result.failure->what(), settings.path.c_str()));
+    EXPECT_GT(result.nbr_frames, 24000);
+    EXPECT_GT(result.nbr_lost, 0);
+}
