@@ -1,22 +1,33 @@
 #include "host/SoundFileFmtFactory.h"
 
+#include "host/ChunkWalk.h"
 #include "host/SoundFileFmt.h"
 
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 namespace ulk::host {
 
 namespace {
 
-constexpr std::string_view start_arr[] = {"RIFX", "RF64", "riff", "FORM",
-                                          "fLaC", "OggS", ".snd", "caff"};
+using Order = ChunkWalk::Order;
+
+struct Start {
+    std::string_view id;
+    std::optional<Order> order; // of files made of chunks with lengths of 32 bits
+};
+constexpr Start start_arr[] = {{"RIFX", Order::BIG}, {"RF64", Order::LITTLE},
+                               {"FORM", Order::BIG}, {"riff", {}},
+                               {"fLaC", {}},         {"OggS", {}},
+                               {".snd", {}},         {"caff", {}}};
 
 } // namespace
 
-int SoundFileFmtFactory::do_detect_format(sys::File&, int& fmt, archi::UByte const* header) {
-    for (std::string_view const start : start_arr) {
-        if (std::memcmp(header, start.data(), start.size()) == 0) {
+int SoundFileFmtFactory::do_detect_format(sys::File& file, int& fmt, archi::UByte const* header) {
+    for (Start const& start : start_arr) {
+        if (std::memcmp(header, start.id.data(), start.id.size()) == 0 &&
+            (!start.order || ChunkWalk::is_bounded(file, *start.order))) {
             fmt = SoundFileFmt::number;
         }
     }

@@ -1,5 +1,6 @@
 #include "host/WavFmtFactory.h"
 
+#include "host/ChunkWalk.h"
 #include "host/SoundFileFmt.h"
 #include "ulk/sacc/SplFileFmtWav.h"
 
@@ -39,6 +40,7 @@ int WavFmtFactory::do_detect_format(sys::File& file, int& fmt, archi::UByte cons
     int const ret_val = SplFileFmtFactoryWav::do_detect_format(file, fmt, header);
     // What is wrong with a file that libsndfile can't read either, the sample library tells best.
     if (fmt == sacc::SplFileFmt_WAV && !is_plain(file) &&
+        ChunkWalk::is_bounded(file, ChunkWalk::Order::LITTLE) &&
         SoundFileFmt().read_format_info(file) == 0) {
         fmt = SoundFileFmt::number;
     }

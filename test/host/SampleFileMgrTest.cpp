@@ -243,3 +243,24 @@ TEST_F(SampleFileMgrTest, BearsBrokenFiles) {
         }
     }
 }
+
+// A list that claims more than the file has, behind the sound: libsndfile 1.2.0 reads it for ever.
+TEST_F(SampleFileMgrTest, RefusesChunksThatNeverEnd) {
+    std::string const source = SOURCE_DIR "/fuzz/corpus/wav_info/endless_list.wav";
+    SplFileHnd hnd;
+    EXPECT_NE(0, hnd.open(_mgr.use_mgr(), source.c_str(), false));
+    for (Kind const& kind : kind_arr) {
+        std::string const name = kind.name;
+        bool const little_flag = name.starts_with("wav");
+        if (!little_flag && !name.starts_with("rifx") && !name.starts_with("aiff")) {
+            continue;
+        }
+        std::string const path = _dir.make_name(name);
+        write(path, kind.format, make_sound(100, 1), 1);
+        std::ofstream out(path, std::ios::binary | std::ios::app);
+        out << (little_flag ? std::string("LIST\0\0\0\x7F", 8) : std::string("LIST\x7F\0\0\0", 8))
+            << "INFO" << std::string(64, '\xFF');
+        out.close();
+        EXPECT_NE(0, hnd.open(_mgr.use_mgr(), path.c_str(), false)) << name;
+    }
+}
