@@ -71,6 +71,13 @@ TEST_F(PlayCommandTest, DevicesThatAreNotThereAreTold) {
                             [](auto const& info) { return info["name"] == "none"; }));
 }
 
+TEST_F(PlayCommandTest, ReportsAPathThatIsNoText) {
+    fs::copy(dir.get_path() / session, dir.get_path() / "a\xff.toml");
+    auto const played = run("play --device none --json --from 1 'a\xff.toml'");
+    EXPECT_TRUE(played.code == 0 || played.code == 3) << played.err;
+    EXPECT_TRUE(nlohmann::json::accept(played.out)) << played.out;
+}
+
 TEST_F(PlayCommandTest, RefusesTimesThatAreNone) {
     auto const twisted = run(std::string("play --device none --loop 2 1 ") + session);
     EXPECT_EQ(1, twisted.code);

@@ -5,6 +5,7 @@
 #include "tessitone/Commands.h"
 #include "tessitone/LevelText.h"
 #include "tessitone/Options.h"
+#include "tessitone/StatusLine.h"
 #include "ulk/sys/Interrupt.h"
 #include "ulk/sys/KeyReader.h"
 #include "ulk/sys/Terminal.h"
@@ -55,15 +56,27 @@ PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
 
 void show(PlayJob::View const& view, int nbr_chn) {
     Player::State const& state = view.state;
-    std::fprintf(stderr, "\r%s %s%s%s  %d voices %s  cache %ld/%ld  holes %lld  xruns %ld\x1b[K",
-                 state.loading_flag   ? "loading"
-                 : state.playing_flag ? "playing"
-                                      : "paused ",
-                 ulk::host::render::TimeText::print(state.time, 1).c_str(),
-                 view.cue.empty() ? "" : "  ", view.cue.c_str(), state.nbr_voices,
-                 LevelText::print(state.peaks, nbr_chn).c_str(), state.nbr_cells_full,
-                 state.nbr_cells, state.nbr_lost, view.nbr_xruns);
-    std::fflush(stderr);
+    std::string const mode = state.loading_flag   ? "loading "
+                             : state.playing_flag ? "playing "
+                                                  : "paused  ";
+    StatusLine::show(
+        mode + ulk::host::render::TimeText::print(state.time, 1) +
+        (view.cue.empty() ? "" : "  " + view.cue) + "  " + std::to_string(state.nbr_voices) +
+        " voices " + LevelText::print(state.peaks, nbr_chn) + "  cache " +
+        std::to_string(state.nbr_cells_full) + "/" + std::to_string(state.nbr_cells) + "  holes " +
+        std::to_string(state.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns));
+}
+
+std::string print_json(nlohmann::json const& json) {
+    return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+std::string print_rates(Device::Info const& info) {
+    std::string txt;
+    for (auto const freq : info.freq_arr) {
+        txt += (txt.empty() ? ", " : " ") + std::to_string(freq);
+    }
+    return txt.empty() ? txt : txt + " Hz";
 }
 
 PlayReport run_job(Context const& context, PlayJob::Settings const& settings) {
@@ -94,7 +107,7 @@ PlayReport run_job(Context const& context, PlayJob::Settings const& settings) {
 void play(Context const& context, Arguments const& args) {
     ulk::sys::Interrupt::install();
     PlayReport const report = run_job(context, args.settings);
-    std::string const txt = args.json_flag ? report.make_json().dump(2) + "\n" : report.print();
+    std::string const txt = args.json_flag ? print_json(report.make_json()) : report.print();
     std::fputs(txt.c_str(), stdout);
     if (report.failure) {
         throw *report.failure;
@@ -116,12 +129,13 @@ void list_devices(Context const& context, bool json_flag) {
                         {"default", info.default_flag},
                         {"rates", info.freq_arr}});
         if (!json_flag) {
-            std::printf("%s (%s): %d out, %d in%s\n", info.name.c_str(), info.system.c_str(),
-                        info.nbr_out, info.nbr_in, info.default_flag ? ", default" : "");
+            std::printf("%s (%s): %d out, %d in%s%s\n", info.name.c_str(), info.system.c_str(),
+                        info.nbr_out, info.nbr_in, print_rates(info).c_str(),
+                        info.default_flag ? ", default" : "");
         }
     }
     if (json_flag) {
-        std::printf("%s\n", json.dump(2).c_str());
+        std::fputs(print_json(json).c_str(), stdout);
     }
     if (!devices.get_failure().empty()) {
         std::fprintf(stderr, "tessitone: no sound devices: %s\n", devices.get_failure().c_str());

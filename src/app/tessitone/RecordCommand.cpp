@@ -6,6 +6,7 @@
 #include "tessitone/Commands.h"
 #include "tessitone/LevelText.h"
 #include "tessitone/Options.h"
+#include "tessitone/StatusLine.h"
 #include "ulk/sys/Interrupt.h"
 #include "ulk/sys/KeyReader.h"
 #include "ulk/sys/Terminal.h"
@@ -32,10 +33,10 @@ struct Arguments {
 };
 
 void show(RecordJob::View const& view, int nbr_chn) {
-    std::fprintf(stderr, "\rrecording %s %s  lost %lld  xruns %ld (q stops)\x1b[K",
-                 TimeText::print(view.time, 1).c_str(),
-                 LevelText::print(view.peaks, nbr_chn).c_str(), view.nbr_lost, view.nbr_xruns);
-    std::fflush(stderr);
+    StatusLine::show("recording " + TimeText::print(view.time, 1) + " " +
+                     LevelText::print(view.peaks, nbr_chn) + "  lost " +
+                     std::to_string(view.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns) +
+                     " (q stops)");
 }
 
 void report(RecordJob::Settings const& settings, RecordJob::Result const& result) {

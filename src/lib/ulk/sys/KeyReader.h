@@ -3,7 +3,7 @@
 namespace ulk::sys {
 
 // Reads single keys of the terminal on standard input, without their echo, as long as the object
-// lives. Without a terminal there are none. One at a time.
+// lives. Without a terminal, and in its background, there are none. One at a time.
 class KeyReader {
 public:
     enum Key : int { Key_NONE = -1, Key_LEFT = 256, Key_RIGHT };
@@ -18,8 +18,7 @@ public:
     int read(double timeout);
 
 private:
-    bool _active_flag = false;
-    alignas(8) unsigned char _storage[128]; // how the terminal was
+    bool _active_flag;
 };
 
 } // namespace ulk::sys

@@ -1,12 +1,9 @@
 #include "ulk/sys/KeyReader.h"
 
 #include "ulk/sys/ThreadMgr.h"
-
-#include <cstring>
-#include <new>
+#include "ulk/sys/posix/TerminalMode.h"
 
 #include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace ulk::sys {
@@ -26,25 +23,15 @@ int find_arrow(unsigned char letter) {
 
 } // namespace
 
-KeyReader::KeyReader() {
-    static_assert(sizeof(termios) <= sizeof(_storage));
-    auto* const former = new (_storage) termios();
-    if (::isatty(STDIN_FILENO) != 1 || ::tcgetattr(STDIN_FILENO, former) != 0) {
-        return;
-    }
-    termios raw = *former;
-    raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    _active_flag = ::tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
-}
+KeyReader::KeyReader()
+    : _active_flag(TerminalMode::make_raw()) {}
 
 KeyReader::~KeyReader() {
-    if (_active_flag) {
-        ::tcsetattr(STDIN_FILENO, TCSANOW, std::launder(reinterpret_cast<termios*>(_storage)));
-    }
+    TerminalMode::restore();
 }
 
 int KeyReader::read(double timeout) {
-    if (!_active_flag) {
+    if (!_active_flag || !TerminalMode::is_in_foreground()) {
         ThreadMgr::sleep(timeout);
         return Key_NONE;
     }

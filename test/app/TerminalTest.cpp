@@ -1,0 +1,179 @@
+// tessitone play on a terminal: its keys, its line, its signals, and how it leaves the terminal.
+
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr int width = 40;
+
+// A shell's command on a terminal of its own.
+class Pty {
+public:
+    explicit Pty(std::string const& line) {
+        winsize size = {24, width, 0, 0};
+        _pid = ::forkpty(&_fd, nullptr, nullptr, &size);
+        if (_pid == 0) {
+            ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+            ::_exit(127);
+        }
+        _slave = ::open(::ptsname(_fd), O_RDWR | O_NOCTTY);
+    }
+    ~Pty() {
+        if (!_ended_flag) {
+            ::kill(-_pid, SIGKILL);
+            ::waitpid(_pid, nullptr, 0);
+        }
+        ::close(_slave);
+        ::close(_fd);
+    }
+    Pty(Pty const&) = delete;
+    Pty& operator=(Pty const&) = delete;
+
+    void type(std::string const& keys) const {
+        EXPECT_EQ(static_cast<ssize_t>(keys.size()), ::write(_fd, keys.data(), keys.size()));
+    }
+    void send(int signal) const { ::kill(_pid, signal); }
+
+    // Whether txt is shown from now on, in time.
+    bool is_shown(std::string const& txt) {
+        _out.clear();
+        auto const end = Clock::now() + std::chrono::seconds(20);
+        while (Clock::now() < end && _out.find(txt) == std::string::npos) {
+            read_some();
+        }
+        return _out.find(txt) != std::string::npos;
+    }
+    bool is_running() { return !_ended_flag && !reap(); }
+    // The status of waitpid() once the command ended; -1 if it did not in time.
+    int wait() {
+        auto const end = Clock::now() + std::chrono::seconds(20);
+        while (Clock::now() < end && is_running()) {
+            read_some();
+        }
+        return _ended_flag ? _status : -1;
+    }
+    bool has_echo() const {
+        termios mode = {};
+        return ::tcgetattr(_slave, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+    }
+    std::string const& get_out() const { return _out; }
+
+private:
+    void read_some() {
+        pollfd entry = {_fd, POLLIN, 0};
+        char buf[4096];
+        if (::poll(&entry, 1, 50) > 0) {
+            auto const len = ::read(_fd, buf, sizeof(buf));
+            _out.append(buf, len > 0 ? static_cast<std::size_t>(len) : 0);
+        }
+    }
+    bool reap() {
+        _ended_flag = ::waitpid(_pid, &_status, WNOHANG) == _pid;
+        return _ended_flag;
+    }
+
+    pid_t _pid;
+    int _fd = -1;
+    int _slave;
+    int _status = 0;
+    bool _ended_flag = false;
+    std::string _out;
+};
+
+class TerminalTest : public ::testing::Test {
+protected:
+    TerminalTest() {
+        fs::copy(SOURCE_DIR "/examples", _dir.get_path(), fs::copy_options::recursive);
+    }
+    // Goes round until it is told to stop.
+    std::string make_play(std::string const& before) const {
+        return "ulimit -c 0; cd '" + _dir.get_path().string() + "' && " + before +
+               " " BUILD_DIR "/tessitone play --device none --loop 0 1 03_rates_and_pitches.toml";
+    }
+
+private:
+    test::TempDir _dir;
+};
+
+} // namespace
+
+TEST_F(TerminalTest, KeysAreReadAndTheTerminalIsAsItWas) {
+    Pty pty(make_play("exec"));
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    EXPECT_FALSE(pty.has_echo());
+    pty.type(" ");
+    EXPECT_TRUE(pty.is_shown("paused")) << pty.get_out();
+    for (char const* const key : {"n", "\x1b[C", "\x1b[D", " "}) {
+        ASSERT_TRUE(pty.is_shown("paused")) << pty.get_out(); // keys of one moment count as one
+        ::usleep(300000);
+        pty.type(key);
+    }
+    EXPECT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    pty.type("q");
+    EXPECT_TRUE(WIFEXITED(pty.wait()));
+    EXPECT_TRUE(pty.has_echo());
+}
+
+TEST_F(TerminalTest, TheLineIsNotWiderThanTheTerminal) {
+    Pty pty(make_play("exec"));
+    ASSERT_TRUE(pty.is_shown("\x1b[K")) << pty.get_out();
+    std::string const& out = pty.get_out();
+    auto const end = out.find("\x1b[K");
+    auto const beg = out.rfind('\r', end) + 1;
+    EXPECT_EQ(width - 1u, end - beg) << out;
+    pty.type("q");
+    EXPECT_TRUE(WIFEXITED(pty.wait()));
+}
+
+TEST_F(TerminalTest, ASignalThatEndsItAtOnceLeavesTheTerminalAsItWas) {
+    Pty pty(make_play("exec"));
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    pty.type("\x1c");
+    int const status = pty.wait();
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGQUIT) << status;
+    EXPECT_TRUE(pty.has_echo());
+}
+
+TEST_F(TerminalTest, CtrlCTwiceLeavesTheTerminalAsItWas) {
+    Pty pty(make_play("exec"));
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    pty.type("\x03");
+    pty.type("\x03");
+    EXPECT_NE(-1, pty.wait());
+    EXPECT_TRUE(pty.has_echo());
+}
+
+TEST_F(TerminalTest, PlaysInTheBackgroundWithoutKeys) {
+    Pty pty(make_play("set -m;") + " & sleep 2; kill -INT $!; wait $!; echo END=$?.");
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    EXPECT_TRUE(pty.has_echo());
+    EXPECT_TRUE(pty.is_shown("END=")) << pty.get_out();
+    EXPECT_NE(-1, pty.wait());
+}
+
+TEST_F(TerminalTest, ASignalThatWasIgnoredStaysSo) {
+    Pty pty(make_play("trap '' HUP; exec"));
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    pty.send(SIGHUP);
+    EXPECT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    ::usleep(500000);
+    EXPECT_TRUE(pty.is_running());
+    pty.type("q");
+    EXPECT_TRUE(WIFEXITED(pty.wait()));
+}
