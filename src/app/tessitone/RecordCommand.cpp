@@ -45,6 +45,9 @@ void report(RecordJob::Settings const& settings, RecordJob::Result const& result
         TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
         result.device.c_str(), result.nbr_lost, result.nbr_xruns,
         LevelText::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str());
+    if (!result.real_time_flag) {
+        std::fprintf(stderr, "tessitone: %s\n", Device::priority_advice);
+    }
     if (result.failure) {
         throw *result.failure;
     }

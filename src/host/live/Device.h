@@ -40,6 +40,10 @@ public:
     virtual bool is_alive() const = 0; // false when it is gone, after start()
     virtual long get_nbr_xruns() const = 0;
     virtual bool is_real_time() const = 0; // the callback's thread has such a priority
+    // What to do where it has none.
+    static constexpr char priority_advice[] =
+        "no real-time priority for the sound: other work may interrupt it. Grant rtprio to a group "
+        "in /etc/security/limits.d, join it, log in again, and start the sound server anew.";
 };
 
 // Where devices come from. Failures throw std::runtime_error.

@@ -92,10 +92,7 @@ bool Run::goes_on() {
 
 void Run::warn_of_priority(PlayJob::Warn const& warn) {
     if (!_real_time_flag) {
-        warn("tessitone: no real-time priority for the sound: other work may interrupt it. Grant "
-             "rtprio to a group in /etc/security/limits.d, join it, log in again, and start the "
-             "sound "
-             "server anew.\n");
+        warn(std::string("tessitone: ") + Device::priority_advice + "\n");
     }
 }
 

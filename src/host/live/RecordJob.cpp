@@ -3,6 +3,7 @@
 #include "host/Error.h"
 #include "host/engine/Recorder.h"
 #include "host/live/TimedPass.h"
+#include "ulk/sys/posix/FileSync.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,6 +58,7 @@ private:
     RecordJob::Peaks _peaks{};     // since the last look
     RecordJob::Peaks _max_peaks{}; // of all
     PassTimes _times;
+    bool _real_time_flag = false;
     std::unique_ptr<Device> _device; // its callback ends before the rest
     // The writing thread's.
     std::thread _writer;
@@ -121,6 +123,7 @@ void Run::record(RecordJob::Watch const& watch) {
         [this](float const* const* in_arr, float* const*, long len) { push(in_arr, len); });
     _writer = std::thread([this] { guard([this] { write(); }); });
     while (_device->is_alive() && !_failed_flag && !is_full() && watch(find_view())) {
+        _real_time_flag = _device->is_real_time();
     }
 }
 
@@ -159,6 +162,7 @@ void Run::write() {
         if (Clock::now() >= next_validation) {
             _recorder.validate(nbr_settled);
             _nbr_written = nbr_settled;
+            sys::posix::FileSync::sync_data(_settings.path.c_str()); // where it can be done
             next_validation = Clock::now() + validate_period;
         }
     }
@@ -190,6 +194,7 @@ RecordJob::Result Run::close() {
     result.nbr_xruns = _device->get_nbr_xruns();
     result.peaks = _max_peaks;
     result.times = _times;
+    result.real_time_flag = _real_time_flag;
     result.full_flag = !_wished_len_flag && _nbr_frames >= _max_len;
     result.failure = _failure;
     if (!_failure && !alive_flag) {

@@ -12,8 +12,8 @@
 
 namespace ulk::host::live {
 
-// What a device hears, written into a WAV file through the recording side of a sample cache. The
-// file's headers are brought up to date each second. Control side.
+// What a device hears, written into a WAV file through the recording side of a sample cache. Each
+// second the file's headers are brought up to date, and all of it to the disk. Control side.
 class RecordJob {
 public:
     struct Settings {
@@ -34,7 +34,8 @@ public:
         long nbr_xruns = 0;
         Peaks peaks{};
         PassTimes times;
-        bool full_flag = false; // the file can hold no more: it ended before its time
+        bool real_time_flag = false; // the callback's thread had such a priority
+        bool full_flag = false;      // the file can hold no more: it ended before its time
         std::optional<Error>
             failure; // what ended it before its time; all until then is in the file
     };

@@ -50,6 +50,18 @@ TEST_F(LiveRecordTest, AWatchThatBlocksHoldsUpNoWriting) {
     EXPECT_EQ(44u + 6 * static_cast<std::uintmax_t>(result.nbr_frames), find_size());
 }
 
+TEST_F(LiveRecordTest, EachSecondIsBroughtToTheDisk) {
+    test::FileFault fault;
+    fault.fail_at(1, EINVAL, test::FileFault::SysCall::Op_SYNC); // as file systems do that can't
+    auto const result = run([&](RecordJob::View const&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        return false;
+    });
+    EXPECT_TRUE(fault.was_hit());
+    EXPECT_FALSE(result.failure);
+    EXPECT_EQ(0, result.nbr_lost);
+}
+
 TEST_F(LiveRecordTest, AFullDiskEndsTheTakeWithAReport) {
     test::FileFault fault;
     auto const result = run([&, first_flag = true](RecordJob::View const&) mutable {

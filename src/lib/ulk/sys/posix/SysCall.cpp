@@ -141,6 +141,10 @@ int SysCall::set_len(int fd, archi::Int64 len) {
     return run(Op_TRUNCATE, [=] { return ::ftruncate(fd, len); });
 }
 
+int SysCall::sync_data(int fd) {
+    return run(Op_SYNC, [=] { return ::fdatasync(fd); });
+}
+
 int SysCall::lock_exclusive(int fd) {
     return run(Op_LOCK, [=] { return ::flock(fd, LOCK_EX | LOCK_NB); });
 }

@@ -31,6 +31,7 @@ public:
         Op_LIST,
         Op_MAKE_DIR,
         Op_WAIT,
+        Op_SYNC,
 
         Op_NBR_ELT
     };
@@ -68,6 +69,7 @@ public:
 
     static archi::Int64 get_pos(int fd);
     static int set_len(int fd, archi::Int64 len);
+    static int sync_data(int fd);      // not the dates
     static int lock_exclusive(int fd); // advisory, fails if another open file has the lock
     static void set_creation_mask(unsigned int mask);
 
