@@ -34,10 +34,10 @@ public:
 
     // From the `call`-th call on, counted from 1 over the calls of kind `op`, `nbr_calls` fail.
     void fail_at(long call, int err, int op = ANY_OP, long nbr_calls = 1) {
-        _fail_beg = call;
         _nbr_fail = nbr_calls;
         _err = err;
         _op = op;
+        _fail_beg = call;
     }
 
     // No read and no write moves more than `len` bytes at a time; 0 lifts the limit.
@@ -61,10 +61,10 @@ protected:
 
 private:
     SysCall::Filter* _prev_ptr;
-    long _fail_beg = FOR_EVER;
-    long _nbr_fail = 0;
-    int _err = 0;
-    int _op = ANY_OP;
+    std::atomic<long> _fail_beg{FOR_EVER};
+    std::atomic<long> _nbr_fail{0};
+    std::atomic<int> _err{0};
+    std::atomic<int> _op{ANY_OP};
     std::atomic<long> _max_len{0};
     std::atomic<long> _nbr_calls{0};
     std::atomic<bool> _hit_flag{false};
