@@ -29,6 +29,24 @@ LoadedSession LoadedSession::load(std::string const& path, session::Diagnostic::
     return loaded;
 }
 
+std::vector<LostClip> LoadedSession::list_lost_clips() const {
+    std::vector<LostClip> lost_arr;
+    for (session::Session::Track const& track : session.track_arr) {
+        for (session::Session::Clip const& clip : track.clips) {
+            auto const& info = info_arr[static_cast<std::size_t>(clip.sample)];
+            auto const add = [&](char const* reason) {
+                lost_arr.push_back({track.name, session.tell(clip.place), clip.at, reason});
+            };
+            if (info.len == 0 && !track.mute_flag) {
+                add("its sample cannot be used");
+            } else if (SampleCheck::is_behind_end(clip, info)) {
+                add("its offset lies behind the end of the sample");
+            }
+        }
+    }
+    return lost_arr;
+}
+
 double LoadedSession::read_time(std::string const& txt, char const* option) const {
     session::TimeScale const scale = {session.sample_freq, session.tempo_map};
     auto const written = session::TimeText::parse(txt);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/LostClip.h"
 #include "host/session/SampleCheck.h"
 #include "host/session/Session.h"
 
@@ -19,6 +20,9 @@ struct LoadedSession {
     // that tells all mistakes.
     static LoadedSession load(std::string const& path, session::Diagnostic::Severity severity,
                               std::function<void(std::string const& txt)> const& warn);
+
+    // Those whose samples hold nothing for them.
+    std::vector<LostClip> list_lost_clips() const;
 
     // A time as a user writes it, in s of the session, 0 or more. Throws an Error that names the
     // option.

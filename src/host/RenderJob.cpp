@@ -292,18 +292,8 @@ void Run::fill_losses(RenderReport& report) const {
         report.holes.push_back(
             {_session.tell(use_clip(loss).place), _renderer->conv_to_time(loss.beg), loss.len});
     }
-    for (Session::Track const& track : _session.track_arr) {
-        for (Session::Clip const& clip : track.clips) {
-            auto const& info = _info_arr[static_cast<std::size_t>(clip.sample)];
-            if (info.len == 0 && !track.mute_flag) {
-                report.lost_clips.push_back(
-                    {track.name, _session.tell(clip.place), clip.at, "its sample cannot be used"});
-            } else if (SampleCheck::is_behind_end(clip, info)) {
-                report.lost_clips.push_back({track.name, _session.tell(clip.place), clip.at,
-                                             "its offset lies behind the end of the sample"});
-            }
-        }
-    }
+    auto const lost_arr = _loaded.list_lost_clips();
+    report.lost_clips.insert(report.lost_clips.end(), lost_arr.begin(), lost_arr.end());
 }
 
 void Run::fill_stems(RenderReport& report) const {

@@ -18,9 +18,9 @@ public:
     long get_block_len() const override { return _clock.get_block_len(); }
     void start(Callback const& callback) override { _clock.start(callback); }
     void stop() override { _clock.stop(); }
-    bool is_alive() const override { return true; }
+    bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _clock.get_nbr_xruns(); }
-    bool is_real_time() const override { return false; }
+    std::optional<bool> is_real_time() override { return false; }
 
 private:
     static Settings speed_up(Settings settings) {

@@ -23,6 +23,11 @@ public:
                 player._current->end, player._gain};
     }
 
+    // The frame for which a deck stands ready; -1 for none. For who serves it.
+    static long long find_cue_frame(Player const& player) {
+        return player._cue != nullptr ? player._cue->from : -1;
+    }
+
     // Closes all files, behind stop() and list_losses(); whether nothing is left in the cache then.
     static bool clear(Player& player) {
         player._store.reset();

@@ -1,6 +1,7 @@
 #include "host/Error.h"
 #include "host/check/Checker.h"
 #include "tessitone/Commands.h"
+#include "tessitone/JsonText.h"
 #include "tessitone/Progress.h"
 
 #include <nlohmann/json.hpp>
@@ -24,10 +25,7 @@ struct Arguments {
 };
 
 void print(std::string const& txt, nlohmann::ordered_json const& json, bool json_flag) {
-    // Names of files are bytes, and may be no UTF-8.
-    auto const handler = nlohmann::ordered_json::error_handler_t::replace;
-    std::fputs(json_flag ? (json.dump(2, ' ', false, handler) + "\n").c_str() : txt.c_str(),
-               stdout);
+    std::fputs(json_flag ? print_json(json).c_str() : txt.c_str(), stdout);
     std::fflush(stdout); // ahead of what may follow on standard error
 }
 

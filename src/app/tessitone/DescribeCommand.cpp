@@ -3,6 +3,7 @@
 #include "host/Error.h"
 #include "host/PluginError.h"
 #include "tessitone/Commands.h"
+#include "tessitone/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -98,8 +99,7 @@ std::string render(Subject const& subject, std::string const& format) {
         subject.desc->use_param_list().get_nbr_param(kryn::ParamScope_GLOBAL) > 0) {
         add_defaults(json, *subject.plugin);
     }
-    return format == "json" ? json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"
-                            : Description::print(json);
+    return format == "json" ? print_json(json) : Description::print(json);
 }
 
 void write(std::string const& txt, std::string const& path) {

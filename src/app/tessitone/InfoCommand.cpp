@@ -2,6 +2,7 @@
 #include "host/Report.h"
 #include "host/WavInfo.h"
 #include "tessitone/Commands.h"
+#include "tessitone/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -20,15 +21,10 @@ struct Settings {
     std::vector<std::string> path_arr;
 };
 
-void print_json(Json const& json) {
-    // Names of files are bytes, and may be no UTF-8.
-    std::puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
-}
-
 void show_report(Context const& context, bool json_flag) {
     Json const report = ulk::host::Report::make(context.find_bundle());
     if (json_flag) {
-        print_json(report);
+        std::fputs(print_json(report).c_str(), stdout);
     } else {
         std::fputs(ulk::host::Report::print(report).c_str(), stdout);
     }
@@ -47,7 +43,7 @@ void show_files(Settings const& settings) {
         }
     }
     if (settings.json_flag) {
-        print_json({{"files", files}});
+        std::fputs(print_json(Json{{"files", files}}).c_str(), stdout);
     }
     if (nbr_unusable > 0) {
         std::fflush(stdout);

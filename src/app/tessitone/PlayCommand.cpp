@@ -3,14 +3,12 @@
 #include "host/live/PlayJob.h"
 #include "host/render/TimeText.h"
 #include "tessitone/Commands.h"
-#include "tessitone/LevelText.h"
+#include "tessitone/JsonText.h"
 #include "tessitone/Options.h"
 #include "tessitone/StatusLine.h"
 #include "ulk/sys/Interrupt.h"
 #include "ulk/sys/KeyReader.h"
 #include "ulk/sys/Terminal.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -22,6 +20,7 @@ namespace {
 using ulk::host::Error;
 using ulk::host::live::Device;
 using ulk::host::live::DeviceModule;
+using ulk::host::live::Levels;
 using ulk::host::live::Player;
 using ulk::host::live::PlayJob;
 using ulk::host::live::PlayReport;
@@ -43,8 +42,12 @@ PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
         return PlayJob::Wish::PAUSE;
     case 'n':
         return PlayJob::Wish::NEXT;
+    case 'p':
+        return PlayJob::Wish::PREVIOUS;
     case 'q':
         return PlayJob::Wish::STOP;
+    case KeyReader::Key_HOME:
+        return PlayJob::Wish::BEGINNING;
     case KeyReader::Key_LEFT:
         return PlayJob::Wish::BACK;
     case KeyReader::Key_RIGHT:
@@ -56,19 +59,15 @@ PlayJob::Wish read_wish(ulk::sys::KeyReader& keys) {
 
 void show(PlayJob::View const& view, int nbr_chn) {
     Player::State const& state = view.state;
-    std::string const mode = state.loading_flag   ? "loading "
-                             : state.playing_flag ? "playing "
-                                                  : "paused  ";
+    std::string const mode = state.loading_flag ? "loading "
+                             : state.pause_flag ? "paused  "
+                                                : "playing ";
     StatusLine::show(
         mode + ulk::host::render::TimeText::print(state.time, 1) +
         (view.cue.empty() ? "" : "  " + view.cue) + "  " + std::to_string(state.nbr_voices) +
-        " voices " + LevelText::print(state.peaks, nbr_chn) + "  cache " +
+        " voices " + Levels::print(state.peaks, nbr_chn) + "  cache " +
         std::to_string(state.nbr_cells_full) + "/" + std::to_string(state.nbr_cells) + "  holes " +
         std::to_string(state.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns));
-}
-
-std::string print_json(nlohmann::json const& json) {
-    return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 std::string print_rates(Device::Info const& info) {
@@ -146,8 +145,9 @@ void list_devices(Context const& context, bool json_flag) {
 
 void add_play_command(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand(
-        "play", "Play a session. Keys: space pauses, arrows jump 5 s, n goes to the next cue, q "
-                "stops");
+        "play",
+        "Play a session. Keys: space pauses, the left and right arrows jump by 5 s, Home to "
+        "the beginning, n and p to the next cue and the one before, q stops");
     auto const args = std::make_shared<Arguments>();
     auto& settings = args->settings;
     add_bundle_option(*command, context);

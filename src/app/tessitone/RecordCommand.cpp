@@ -4,7 +4,7 @@
 #include "host/render/OutputFormat.h"
 #include "host/render/TimeText.h"
 #include "tessitone/Commands.h"
-#include "tessitone/LevelText.h"
+#include "tessitone/JsonText.h"
 #include "tessitone/Options.h"
 #include "tessitone/StatusLine.h"
 #include "ulk/sys/Interrupt.h"
@@ -21,6 +21,7 @@ namespace {
 using ulk::host::Error;
 using ulk::host::live::Device;
 using ulk::host::live::DeviceModule;
+using ulk::host::live::Levels;
 using ulk::host::live::RecordJob;
 using ulk::host::render::OutputFormat;
 using ulk::host::render::TimeText;
@@ -30,22 +31,44 @@ constexpr double watch_period = 0.05; // s
 struct Arguments {
     RecordJob::Settings settings;
     std::string format = "s24";
+    bool json_flag = false;
 };
 
 void show(RecordJob::View const& view, int nbr_chn) {
     StatusLine::show("recording " + TimeText::print(view.time, 1) + " " +
-                     LevelText::print(view.peaks, nbr_chn) + "  lost " +
+                     Levels::print(view.peaks, nbr_chn) + "  lost " +
                      std::to_string(view.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns) +
                      " (q stops)");
 }
 
-void report(RecordJob::Settings const& settings, RecordJob::Result const& result) {
+void print(RecordJob::Settings const& settings, RecordJob::Result const& result) {
     std::printf(
         "%s: %s from %s, %lld frames lost, %ld xruns\n  peaks    %s\n%s", settings.path.c_str(),
         TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
         result.device.c_str(), result.nbr_lost, result.nbr_xruns,
-        LevelText::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str());
-    if (!result.real_time_flag) {
+        Levels::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str());
+}
+
+nlohmann::json make_json(RecordJob::Settings const& settings, RecordJob::Result const& result) {
+    nlohmann::json json = {
+        {"file", settings.path},
+        {"device", result.device},
+        {"rate", result.sample_freq},
+        {"channels", settings.nbr_chn},
+        {"frames", result.nbr_frames},
+        {"lost_frames", result.nbr_lost},
+        {"xruns", result.nbr_xruns},
+        {"peaks_db", Levels::make_json(result.peaks, settings.nbr_chn)},
+        {"real_time", result.real_time ? nlohmann::json(*result.real_time) : nlohmann::json()},
+        {"full", result.full_flag},
+        {"failure", result.failure ? nlohmann::json(result.failure->what()) : nlohmann::json()}};
+    result.times.write(json);
+    return json;
+}
+
+// What went wrong becomes the exit code.
+void judge(RecordJob::Settings const& settings, RecordJob::Result const& result) {
+    if (result.real_time == false) {
         std::fprintf(stderr, "tessitone: %s\n", Device::priority_advice);
     }
     if (result.failure) {
@@ -76,7 +99,12 @@ void record(Context const& context, Arguments& args) {
     if (show_flag) {
         std::fputc('\n', stderr);
     }
-    report(args.settings, result);
+    if (args.json_flag) {
+        std::fputs(print_json(make_json(args.settings, result)).c_str(), stdout);
+    } else {
+        print(args.settings, result);
+    }
+    judge(args.settings, result);
 }
 
 } // namespace
@@ -101,6 +129,7 @@ void add_record_command(CLI::App& app, Context& context) {
     command->add_option("--length", settings.len, "Stop after so many seconds")
         ->type_name("S")
         ->check(CLI::Range(0.001, 1e6));
+    command->add_flag("--json", args->json_flag, "Print the report as JSON");
     command->callback([&context, args] { record(context, *args); });
 }
 

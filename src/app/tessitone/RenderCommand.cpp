@@ -2,6 +2,7 @@
 #include "host/RenderJob.h"
 #include "host/render/WaveText.h"
 #include "tessitone/Commands.h"
+#include "tessitone/JsonText.h"
 #include "tessitone/Options.h"
 #include "tessitone/Progress.h"
 #include "ulk/sys/DescriptorOut.h"
@@ -52,7 +53,7 @@ bool is_locale_utf8() {
 
 void write_report(std::string const& path, RenderReport const& report) {
     std::ofstream out(path);
-    out << report.make_json().dump(2) << '\n';
+    out << print_json(report.make_json());
     out.close();
     if (!out) {
         throw Error(Error::Kind_IO, path + ": the report cannot be written");
@@ -67,7 +68,7 @@ void print_report(Arguments const& args, RenderJob::Result const& result) {
     }
     std::FILE* const out = args.settings.out_path == "-" ? stderr : stdout;
     if (args.json_flag) {
-        std::fprintf(out, "%s\n", report.make_json().dump(2).c_str());
+        std::fputs(print_json(report.make_json()).c_str(), out);
     } else if (!args.quiet_flag) {
         std::fputs(report.print().c_str(), out);
         if (result.envelope) {

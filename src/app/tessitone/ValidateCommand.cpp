@@ -4,6 +4,7 @@
 #include "host/session/SampleCheck.h"
 #include "host/session/SessionReader.h"
 #include "tessitone/Commands.h"
+#include "tessitone/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -90,9 +91,7 @@ void print(Findings const& findings) {
 void validate(std::string const& path, bool json_flag, Context const& context) {
     Findings const findings = look_over(path, context);
     if (json_flag) {
-        // Names of files are bytes, and may be no UTF-8.
-        auto const handler = Json::error_handler_t::replace;
-        std::puts(make_json(findings).dump(2, ' ', false, handler).c_str());
+        std::fputs(print_json(make_json(findings)).c_str(), stdout);
     } else {
         print(findings);
     }

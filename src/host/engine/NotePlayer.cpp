@@ -186,9 +186,14 @@ void NotePlayer::reserve_lists(long max_len) {
     constexpr std::size_t nbr_others = 8; // that start and end a note
     std::size_t const nbr_live = std::min<std::size_t>(_note_arr.size(), NotePlan::nbr_voices);
     std::size_t const nbr_evt = nbr_live * (nbr_others + 2 * static_cast<std::size_t>(max_len));
+    // Touched here, so that the real-time side meets no fresh page of memory.
+    auto const reserve = [](auto& list, std::size_t len) {
+        list.resize(len);
+        list.clear();
+    };
     _live_arr.reserve(nbr_live);
-    _entry_arr.reserve(nbr_evt);
-    _evt_arr.reserve(nbr_evt);
+    reserve(_entry_arr, nbr_evt);
+    reserve(_evt_arr, nbr_evt);
 }
 
 void NotePlayer::release_notes(long len) {

@@ -21,9 +21,9 @@ public:
     long get_block_len() const override { return _settings.block_len; }
     void start(Callback const& callback) override;
     void stop() override;
-    bool is_alive() const override { return true; }
+    bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _nbr_xruns; }
-    bool is_real_time() const override { return false; }
+    std::optional<bool> is_real_time() override;
 
 private:
     void run();
@@ -31,6 +31,8 @@ private:
     Settings _settings;
     Callback _callback;
     std::atomic<bool> _stop_flag = false;
+    std::atomic<bool> _begun_flag = false; // and the next one is known
+    std::atomic<bool> _real_time_flag = false;
     std::atomic<long> _nbr_xruns = 0; // blocks that were not done in their time
     std::thread _thread;
 };

@@ -10,8 +10,6 @@ namespace {
 using engine::NotePlan;
 using engine::NotePlayer;
 
-// Ranges asked for in one pass: some microseconds of work.
-constexpr std::size_t demands_per_pass = 4;
 // Gaps of a note in a block that are told apart.
 constexpr int max_gaps = 4;
 
@@ -28,6 +26,7 @@ Deck::Deck(Material const& material, double sample_freq, long block_len, long lo
     , _first(find_first(from, sample_freq))
     , _frame(from)
     , _skip(from - _first + NotePlan::lead)
+    , _heard_beg(_skip)
     , _plan(material.session, material.fact_arr, {sample_freq, block_len, _first})
     , _engine(material.bundle, material.session, _plan, {sample_freq, block_len, _first},
               material.store)
@@ -48,18 +47,21 @@ Deck::~Deck() {
     give_back_ended(Note::never * 2);
 }
 
-void Deck::feed(long len) {
-    long long const pos = find_pos();
-    give_back_ended(pos);
-    open_files(pos + len);
-    list_demands(pos, len);
+bool Deck::feed(long len, int max_files) {
+    Note::Range const span = find_span(len);
+    give_back_ended(span.beg);
+    bool const open_flag = open_files(span.end, max_files);
+    list_demands(span);
     walk_demands(
         [this](Demand const& demand) { _material.store.prefetch(demand.id, demand.range); });
+    return open_flag;
 }
 
-long long Deck::find_pos() const {
+// Of the engine: from what it makes next to len frames behind what is heard next.
+Deck::Note::Range Deck::find_span(long len) const {
     engine::CacheService::Pass const pass(_material.cache);
-    return _engine.get_pos();
+    long long const pos = _engine.get_pos();
+    return {pos, std::max(pos, _heard_beg) + len};
 }
 
 void Deck::give_back_ended(long long pos) {
@@ -76,13 +78,13 @@ void Deck::give_back_ended(long long pos) {
     }
 }
 
-void Deck::open_files(long long end) {
+bool Deck::open_files(long long end, int max_files) {
+    int nbr_files = 0;
     _opened_arr.clear();
     for (std::size_t index = 0; index < _player_arr.size(); ++index) {
         NotePlayer const& player = *_engine.use_players()[index];
         PlayerState& state = _player_arr[index];
-        for (; state.next < player.get_nbr_notes() && player.use_note(state.next).beg < end;
-             ++state.next) {
+        for (; nbr_files < max_files && has_unopened(index, end); ++state.next, ++nbr_files) {
             auto const sample = static_cast<std::size_t>(player.use_note(state.next).sample);
             auto const id = _material.id_arr[sample];
             if (_material.store.hold(id)) {
@@ -98,17 +100,32 @@ void Deck::open_files(long long end) {
     for (Opened const& opened : _opened_arr) {
         _engine.use_players()[opened.player]->set_sample_id(opened.note, opened.id);
     }
+    return are_files_open(end);
 }
 
-// What sounds within len frames from pos on.
-void Deck::list_demands(long long pos, long len) {
+bool Deck::has_unopened(std::size_t index, long long end) const {
+    NotePlayer const& player = *_engine.use_players()[index];
+    std::size_t const next = _player_arr[index].next;
+    return next < player.get_nbr_notes() && player.use_note(next).beg < end;
+}
+
+bool Deck::are_files_open(long long end) const {
+    for (std::size_t index = 0; index < _player_arr.size(); ++index) {
+        if (has_unopened(index, end)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Deck::list_demands(Note::Range const& span) {
     _demand_arr.clear();
     for (std::size_t index = 0; index < _player_arr.size(); ++index) {
         NotePlayer const& player = *_engine.use_players()[index];
         for (std::size_t const place : _player_arr[index].held_arr) {
             Note const& note = player.use_note(place);
-            long long const beg = std::max(pos, note.beg);
-            long long const end = std::min(pos + len, note.end);
+            long long const beg = std::max(span.beg, note.beg);
+            long long const end = std::min(span.end, note.end);
             if (beg < end) {
                 _demand_arr.push_back({player.get_sample_id(place), note.find_range(beg, end)});
             }
@@ -116,21 +133,22 @@ void Deck::list_demands(long long pos, long len) {
     }
 }
 
-// Calls fnc(demand) for all, in passes that are short.
+// Calls fnc(demand) for all, each in a pass of its own: some microseconds of work.
 template <class F>
 void Deck::walk_demands(F fnc) {
-    for (std::size_t beg = 0; beg < _demand_arr.size(); beg += demands_per_pass) {
-        std::size_t const end = std::min(beg + demands_per_pass, _demand_arr.size());
+    for (Demand const& demand : _demand_arr) {
         engine::CacheService::Pass const pass(_material.cache);
-        for (std::size_t index = beg; index < end; ++index) {
-            fnc(_demand_arr[index]);
-        }
+        fnc(demand);
     }
 }
 
 bool Deck::is_loaded(long len) {
+    Note::Range const span = find_span(len);
+    if (!are_files_open(span.end)) {
+        return false;
+    }
     long long nbr_missing = 0;
-    list_demands(find_pos(), len);
+    list_demands(span);
     walk_demands([&](Demand const& demand) {
         nbr_missing += _material.store.count_missing(demand.id, demand.range);
     });

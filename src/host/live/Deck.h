@@ -40,10 +40,11 @@ public:
 
     // Below: control side, outside of a pass, also while the other side reads.
 
-    // Opens the files of what sounds within the next len frames, closes those that are over, and
-    // asks for the data, in passes that are short.
-    void feed(long len);
-    // Whether all that sounds within the next len frames is in memory.
+    // Opens the files of what sounds up to len frames behind the next one to be heard, closes those
+    // that are over, and asks for the data, in passes that are short. False when there are more
+    // than max_files to open, and some are left.
+    bool feed(long len, int max_files);
+    // Whether all of that is in memory.
     bool is_loaded(long len);
     std::vector<Loss> list_losses() const; // when it is read no more
 
@@ -91,9 +92,11 @@ private:
     };
 
     void give_back_ended(long long pos);
-    void open_files(long long end);
-    long long find_pos() const;
-    void list_demands(long long pos, long len);
+    bool has_unopened(std::size_t index, long long end) const; // notes of a player
+    bool are_files_open(long long end) const;
+    bool open_files(long long end, int max_files);
+    Note::Range find_span(long len) const;
+    void list_demands(Note::Range const& span);
     template <class F>
     void walk_demands(F fnc);
     void make_block();
@@ -106,7 +109,8 @@ private:
     long _block_len;
     long long _first; // frame of the session that the engine begins with
     long long _frame;
-    long long _skip; // frames that are still to be made unheard
+    long long _skip;      // frames that are still to be made unheard
+    long long _heard_beg; // frame of the engine, behind all of them
     engine::NotePlan _plan;
     engine::Engine _engine;
     engine::WorkerPool _pool{1};

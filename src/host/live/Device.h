@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,10 +37,13 @@ public:
     virtual double get_sample_freq() const = 0;
     virtual long get_block_len() const = 0; // as a rule
     virtual void start(Callback const& callback) = 0;
-    virtual void stop() = 0;
-    virtual bool is_alive() const = 0; // false when it is gone, after start()
+    virtual void stop() = 0; // when all of it is heard
+    // False when it is gone, from start() to stop(); to be asked some times a second.
+    virtual bool is_alive() = 0;
     virtual long get_nbr_xruns() const = 0;
-    virtual bool is_real_time() const = 0; // the callback's thread has such a priority
+    // Whether the callback's thread has such a priority; none before the first call.
+    virtual std::optional<bool> is_real_time() = 0;
+    static constexpr int real_time_priority = 70; // of 99
     // What to do where it has none.
     static constexpr char priority_advice[] =
         "no real-time priority for the sound: other work may interrupt it. Grant rtprio to a group "

@@ -2,6 +2,7 @@
 
 #include "host/Error.h"
 #include "host/LoadedSession.h"
+#include "host/engine/Frames.h"
 
 #include <algorithm>
 #include <chrono>
@@ -12,9 +13,11 @@ namespace ulk::host::live {
 namespace {
 
 using session::Session;
+using Clock = std::chrono::steady_clock;
 
-constexpr double jump_time = 5;                           // s, of the keys for back and forth
-constexpr auto fade_wait = std::chrono::milliseconds(50); // for the last fade to be heard
+constexpr double jump_time = 5; // s, of the keys for back and forth
+constexpr auto fade_patience = std::chrono::seconds(3);
+constexpr auto fade_period = std::chrono::milliseconds(2);
 
 // The work of one run.
 class Run {
@@ -31,10 +34,11 @@ public:
 
 private:
     void make_player();
+    void check_times(Player::Settings const& settings) const;
     bool goes_on();
+    void fade_out();
     void grant(PlayJob::Wish wish, Player::State const& state);
-    void jump(double time);
-    void warn_of_priority(PlayJob::Warn const& warn);
+    void tell(PlayJob::Warn const& warn);
 
     Bundle& _bundle;
     PlayJob::Settings const& _settings;
@@ -44,9 +48,8 @@ private:
     std::unique_ptr<Device> _device; // its callback ends before the player
     bool _pause_flag = false;
     bool _stop_flag = false;
-    double _target = 0; // s, of the last jump
     std::optional<Error> _failure;
-    bool _real_time_flag = false;
+    std::optional<bool> _real_time; // the callback has such a priority
 };
 
 // The device's rate is the player's.
@@ -68,14 +71,35 @@ void Run::make_player() {
     if (!_settings.loop.empty()) {
         settings.loop = {_loaded.read_time(_settings.loop[0], "--loop"),
                          _loaded.read_time(_settings.loop[1], "--loop")};
-        if (settings.loop->end <= settings.loop->beg) {
-            throw Error(Error::Kind_USE, "--loop " + _settings.loop[0] + " " + _settings.loop[1] +
-                                             ": its end does not lie behind its beginning");
-        }
         settings.from = _settings.from ? settings.from : settings.loop->beg;
     }
-    _target = settings.from;
     _player = std::make_unique<Player>(_bundle, _session, _loaded.info_arr, settings);
+    check_times(settings);
+}
+
+// A loop may end behind the session, in silence.
+void Run::check_times(Player::Settings const& settings) const {
+    auto const refuse = [](std::string const& option, char const* reason) {
+        throw Error(Error::Kind_USE, option + reason);
+    };
+    constexpr char behind_end[] = ": lies behind the end of the session";
+    if (_settings.from && settings.from >= _player->get_len()) {
+        refuse("--from " + *_settings.from, behind_end);
+    }
+    if (settings.loop) {
+        std::string const option = "--loop " + _settings.loop[0] + " " + _settings.loop[1];
+        auto const [beg, end] = *settings.loop;
+        if (_settings.from && settings.from >= end) {
+            refuse("--from " + *_settings.from, ": lies behind the end of the loop");
+        }
+        if (engine::conv_to_frames(end, settings.sample_freq) <=
+            engine::conv_to_frames(beg, settings.sample_freq)) {
+            refuse(option, ": its end does not lie behind its beginning");
+        }
+        if (beg >= _player->get_len()) {
+            refuse(option, behind_end);
+        }
+    }
 }
 
 // False when the device or the player has come to its end before its time, which is noted.
@@ -90,9 +114,16 @@ bool Run::goes_on() {
     return !_failure;
 }
 
-void Run::warn_of_priority(PlayJob::Warn const& warn) {
-    if (!_real_time_flag) {
-        warn(std::string("tessitone: ") + Device::priority_advice + "\n");
+// What turns out while it plays.
+void Run::tell(PlayJob::Warn const& warn) {
+    if (!_real_time) {
+        _real_time = _device->is_real_time();
+        if (_real_time == false) {
+            warn(std::string("tessitone: ") + Device::priority_advice + "\n");
+        }
+    }
+    if (auto const notice = _player->take_notice(); !notice.empty()) {
+        warn("tessitone: " + notice + "\n");
     }
 }
 
@@ -101,27 +132,29 @@ void Run::play(PlayJob::Warn const& warn, PlayJob::Watch const& watch) {
     _device->start([this](float const* const*, float* const* out_arr, long len) {
         _player->process(out_arr, len);
     });
-    bool told_flag = false;
     for (auto state = _player->find_state(); goes_on() && !state.finished_flag && !_stop_flag;
          state = _player->find_state()) {
-        if (!told_flag && state.playing_flag) {
-            told_flag = true;
-            _real_time_flag = _device->is_real_time();
-            warn_of_priority(warn);
-        }
+        tell(warn);
         std::string const cue =
             state.cue < 0 ? "" : _player->use_cues()[static_cast<std::size_t>(state.cue)].name;
         grant(watch({state, cue, _device->get_nbr_xruns()}), state);
     }
-    _player->set_pause(true);
-    std::this_thread::sleep_for(fade_wait);
+    fade_out();
     _device->stop();
     _player->stop();
 }
 
-// Jumps count from where one is under way to.
+// To the end, unless the device has come to its own.
+void Run::fade_out() {
+    _player->set_pause(true);
+    auto const deadline = Clock::now() + fade_patience;
+    while (goes_on() && !_player->find_state().still_flag && Clock::now() < deadline) {
+        std::this_thread::sleep_for(fade_period);
+    }
+}
+
+// Jumps count from where one that is under way leads.
 void Run::grant(PlayJob::Wish wish, Player::State const& state) {
-    double const time = state.loading_flag ? _target : state.time;
     switch (wish) {
     case PlayJob::Wish::NONE:
         break;
@@ -129,26 +162,27 @@ void Run::grant(PlayJob::Wish wish, Player::State const& state) {
         _pause_flag = !_pause_flag;
         _player->set_pause(_pause_flag);
         break;
+    case PlayJob::Wish::BEGINNING:
+        _player->locate(0);
+        break;
     case PlayJob::Wish::BACK:
-        jump(std::max(time - jump_time, 0.0));
+        _player->locate(state.goal - jump_time);
         break;
     case PlayJob::Wish::FORTH:
-        jump(time + jump_time);
+        _player->locate(state.goal + jump_time);
+        break;
+    case PlayJob::Wish::PREVIOUS:
+        _player->locate(_player->find_prev_cue(state.goal));
         break;
     case PlayJob::Wish::NEXT:
-        if (auto const cue = _player->find_next_cue(time)) {
-            jump(*cue);
+        if (auto const cue = _player->find_next_cue(state.goal)) {
+            _player->locate(*cue);
         }
         break;
     case PlayJob::Wish::STOP:
         _stop_flag = true;
         break;
     }
-}
-
-void Run::jump(double time) {
-    _target = time;
-    _player->locate(time);
 }
 
 PlayReport Run::make_report() {
@@ -161,8 +195,9 @@ PlayReport Run::make_report() {
     report.nbr_chn = _session.nbr_chn;
     report.stat = _player->use_stat();
     report.nbr_xruns = _device->get_nbr_xruns();
-    report.real_time_flag = _real_time_flag;
+    report.real_time = _real_time;
     report.failure = _failure;
+    report.lost_clips = _loaded.list_lost_clips();
     for (Deck::Loss const& loss : _player->list_losses()) {
         auto const& track = _session.track_arr[static_cast<std::size_t>(loss.track)];
         auto const& clip = track.clips[static_cast<std::size_t>(loss.clip)];

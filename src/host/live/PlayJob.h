@@ -21,7 +21,7 @@ public:
         std::vector<std::string> loop;     // none, or beginning and end
     };
     // What can be asked for while it plays.
-    enum class Wish { NONE, PAUSE, BACK, FORTH, NEXT, STOP };
+    enum class Wish { NONE, PAUSE, BEGINNING, BACK, FORTH, PREVIOUS, NEXT, STOP };
 
     // How it stands.
     struct View {

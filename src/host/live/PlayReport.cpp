@@ -4,9 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 
 namespace ulk::host::live {
@@ -20,11 +18,11 @@ std::string format_text(char const* format, Args... args) {
     return buf.data();
 }
 
-double conv_to_db(float peak) {
-    return 20 * std::log10(std::max(static_cast<double>(peak), 1e-6));
-}
-
 } // namespace
+
+bool PlayReport::is_lossy() const {
+    return !lost_clips.empty() || !losses.empty() || nbr_xruns > 0 || stat.nbr_late > 0;
+}
 
 std::string PlayReport::print() const {
     std::string txt = session + " on " + device +
@@ -35,17 +33,19 @@ std::string PlayReport::print() const {
         format_text(" in %lld blocks, %d jumps and rounds, to ", stat.nbr_blocks, stat.nbr_jumps) +
         render::TimeText::print(time, 3) + " of the session\n";
     txt += format_text("  voices    up to %d at once\n", stat.max_voices);
-    txt += "  peaks    ";
-    for (int chn = 0; chn < nbr_chn; ++chn) {
-        txt += format_text(" %.1f", conv_to_db(stat.peaks[static_cast<std::size_t>(chn)]));
-    }
-    txt += format_text(" dB\n  cache     up to %ld of %ld cells\n", stat.max_cells_full,
-                       stat.nbr_cells);
+    txt += "  peaks    " + Levels::print(stat.peaks, nbr_chn) + "\n";
+    txt += format_text("  cache     up to %ld of %ld cells\n", stat.max_cells_full, stat.nbr_cells);
     txt += format_text("  xruns     %ld\n", nbr_xruns) + stat.print();
-    txt += format_text("  priority  %s\n", real_time_flag ? "real-time" : "as any other thread");
+    if (real_time) {
+        txt += format_text("  priority  %s\n", *real_time ? "real-time" : "as any other thread");
+    }
     if (stat.nbr_late > 0) {
         txt += format_text("  LATE      %lld frames of silence between rounds of the loop\n",
                            stat.nbr_late);
+    }
+    for (LostClip const& clip : lost_clips) {
+        txt += "  DROPPED   " + clip.place + ", at " + render::TimeText::print(clip.time, 3) +
+               " on " + clip.track + ": " + clip.reason + "\n";
     }
     txt += losses.empty() ? "  holes     none\n" : "";
     for (Loss const& loss : losses) {
@@ -58,16 +58,19 @@ std::string PlayReport::print() const {
 }
 
 nlohmann::json PlayReport::make_json() const {
+    nlohmann::json lost_arr = nlohmann::json::array();
+    for (LostClip const& clip : lost_clips) {
+        lost_arr.push_back({{"track", clip.track},
+                            {"place", clip.place},
+                            {"time_s", clip.time},
+                            {"reason", clip.reason}});
+    }
     nlohmann::json hole_arr = nlohmann::json::array();
     for (Loss const& loss : losses) {
         hole_arr.push_back({{"place", loss.place},
                             {"time_s", loss.time},
                             {"frames", loss.nbr_frames},
                             {"refused", loss.refused_flag}});
-    }
-    auto peak_arr = nlohmann::json::array();
-    for (int chn = 0; chn < nbr_chn; ++chn) {
-        peak_arr.push_back(conv_to_db(stat.peaks[static_cast<std::size_t>(chn)]));
     }
     nlohmann::json json = {
         {"session", session},
@@ -78,13 +81,14 @@ nlohmann::json PlayReport::make_json() const {
         {"blocks", stat.nbr_blocks},
         {"time_s", time},
         {"voices_max", stat.max_voices},
-        {"peaks_db", peak_arr},
+        {"peaks_db", Levels::make_json(stat.peaks, nbr_chn)},
         {"cells", stat.nbr_cells},
         {"cells_max", stat.max_cells_full},
         {"jumps", stat.nbr_jumps},
         {"late_frames", stat.nbr_late},
         {"xruns", nbr_xruns},
-        {"real_time", real_time_flag},
+        {"real_time", real_time ? nlohmann::json(*real_time) : nlohmann::json()},
+        {"dropped_notes", lost_arr},
         {"holes", hole_arr},
         {"failure", failure ? nlohmann::json(failure->what()) : nlohmann::json()}};
     stat.write(json);

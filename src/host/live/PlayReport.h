@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/Error.h"
+#include "host/LostClip.h"
 #include "host/live/Player.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -27,13 +28,14 @@ struct PlayReport {
     int nbr_chn = 0;
     double time = 0; // s of the session, where it ended
     Player::Stat stat;
+    std::vector<LostClip> lost_clips; // with no sound at all
     std::vector<Loss> losses;
     long nbr_xruns = 0;
-    bool real_time_flag = false;
-    std::optional<Error> failure; // what ended it before its time
+    std::optional<bool> real_time; // the callback had such a priority; none if it was never called
+    std::optional<Error> failure;  // what ended it before its time
 
     // Something of the session was not heard as it should be.
-    bool is_lossy() const { return !losses.empty() || nbr_xruns > 0 || stat.nbr_late > 0; }
+    bool is_lossy() const;
     std::string print() const; // for people, some lines
     nlohmann::json make_json() const;
 };

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <map>
 #include <set>
 
 namespace ulk::host::live {
@@ -21,10 +20,13 @@ constexpr long min_nbr_cells = 64;
 constexpr long long max_cache_len = 512LL << 20; // bytes, unless the user says otherwise
 constexpr int max_open_files = 256;              // beyond those that sound
 constexpr int nbr_decks = 2;                     // that sound or wait for it, but for those ahead
+constexpr int files_at_once = 4;                 // to open, between looks at what sounds
 constexpr double cue_slack = 0.05; // s, that a cue lies behind where it plays to be the next one
+constexpr double back_slack = 1;   // s, that it lies before to be the one to go back to
 constexpr auto serve_period = std::chrono::milliseconds(20);
 constexpr auto slice_period = std::chrono::milliseconds(5);
 constexpr auto cue_period = std::chrono::seconds(1); // at least, between decks of cues
+constexpr auto look_period = std::chrono::milliseconds(200);
 
 } // namespace
 
@@ -34,11 +36,13 @@ Player::Player(Bundle& bundle, session::Session const& session,
     , _session(session)
     , _fact_arr(fact_arr)
     , _settings(settings) {
+    _settings.ahead = std::max(_settings.ahead, _settings.barrier);
     engine::NotePlan const plan(_session, _fact_arr,
                                 {_settings.sample_freq, _settings.block_len, 0});
     _end = plan.get_end() + conv_len(_session.tail);
     find_cues();
     _cache = std::make_unique<CacheService>(find_cache_size(plan));
+    _state.nbr_cells = _stat.nbr_cells = _cache->get_size().get_nbr_cells();
     _store = std::make_unique<engine::SampleStore>(*_cache, max_open_files);
     for (std::size_t sample = 0; sample < _fact_arr.size(); ++sample) {
         _id_arr.push_back(_store->add(_session.sample_arr[sample].path, _fact_arr[sample]));
@@ -54,9 +58,14 @@ long Player::conv_len(double time) const {
     return static_cast<long>(engine::conv_to_frames(time, _settings.sample_freq));
 }
 
+double Player::conv_time(long long frame) const {
+    return static_cast<double>(frame) / _settings.sample_freq;
+}
+
 // A round of a loop and a cue are prepared ahead, the latter if there is room for it.
 CacheService::Size Player::find_cache_size(engine::NotePlan const& plan) {
-    long const ahead = std::max(conv_len(_settings.ahead), _settings.block_len);
+    long const ahead = std::max(conv_len(_settings.ahead), _settings.block_len) +
+                       conv_len(engine::NotePlan::pre_roll_time);
     long const nbr_wished =
         (nbr_decks + (_settings.loop ? 2 : 1)) * plan.find_nbr_cells(cell_len, ahead);
     long long const most = _settings.cache_len > 0 ? _settings.cache_len : max_cache_len;
@@ -70,7 +79,8 @@ CacheService::Size Player::find_cache_size(engine::NotePlan const& plan) {
 
 void Player::find_cues() {
     _cue_arr = _session.cue_arr;
-    if (!_cue_arr.empty()) {
+    _cue_use_flag = !_cue_arr.empty();
+    if (_cue_use_flag) {
         return;
     }
     std::set<double> time_set;
@@ -84,11 +94,21 @@ void Player::find_cues() {
     }
 }
 
-std::optional<double> Player::find_next_cue(double time) const {
+std::size_t Player::count_cues(double time) const {
     auto const cue =
-        std::upper_bound(_cue_arr.begin(), _cue_arr.end(), time + cue_slack,
+        std::upper_bound(_cue_arr.begin(), _cue_arr.end(), time,
                          [](double val, auto const& entry) { return val < entry.time; });
-    return cue != _cue_arr.end() ? std::optional(cue->time) : std::nullopt;
+    return static_cast<std::size_t>(cue - _cue_arr.begin());
+}
+
+std::optional<double> Player::find_next_cue(double time) const {
+    std::size_t const index = count_cues(time + cue_slack);
+    return index < _cue_arr.size() ? std::optional(_cue_arr[index].time) : std::nullopt;
+}
+
+double Player::find_prev_cue(double time) const {
+    std::size_t const index = count_cues(time - back_slack);
+    return index > 0 ? _cue_arr[index - 1].time : 0;
 }
 
 // Below: who asks.
@@ -96,7 +116,7 @@ std::optional<double> Player::find_next_cue(double time) const {
 void Player::locate(double time) {
     {
         std::lock_guard const lock(_wish_mutex);
-        _wish = std::max<long long>(conv_len(time), 0);
+        _wish = _goal = std::max<long long>(conv_len(time), 0);
         ++_nbr_wishes;
     }
     _wish_condition.notify_all();
@@ -108,34 +128,34 @@ void Player::set_pause(bool pause_flag) {
 }
 
 Player::State Player::find_state() {
-    sacc::SplCacheStat stat;
-    _cache->use_cache().collect_statistics(stat);
-    using sacc::SplCacheCell;
     bool loading_flag = false;
+    long long goal = 0;
     {
         std::lock_guard const lock(_wish_mutex);
         loading_flag = _nbr_granted < _nbr_wishes;
+        goal = _goal;
     }
     CacheService::Pass const pass(*_cache);
     State state = _state;
     _state.peaks.fill(0);
     state.playing_flag = _current != nullptr && !_pause_flag && !_finished_flag;
+    state.pause_flag = _pause_flag;
     state.loading_flag = loading_flag;
     state.finished_flag = _finished_flag && !loading_flag;
     state.nbr_lost = _nbr_lost;
     if (_current != nullptr) {
-        state.time = static_cast<double>(_current->deck->get_frame()) / _settings.sample_freq;
+        state.time = conv_time(_current->deck->get_frame());
         state.nbr_lost += _current->deck->get_nbr_lost();
     }
-    auto const next_cue =
-        std::upper_bound(_cue_arr.begin(), _cue_arr.end(), state.time,
-                         [](double val, auto const& entry) { return val < entry.time; });
-    state.cue = static_cast<int>(next_cue - _cue_arr.begin()) - 1;
-    state.nbr_cells = _cache->get_size().get_nbr_cells();
-    state.nbr_cells_full = stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
-    _stat.nbr_cells = state.nbr_cells;
-    _stat.max_cells_full = std::max(_stat.max_cells_full, state.nbr_cells_full);
+    bool const jump_flag = loading_flag || (_next != nullptr && _jump_flag);
+    state.goal = jump_flag ? conv_time(goal) : state.time;
+    state.cue = static_cast<int>(count_cues(state.time)) - 1;
     return state;
+}
+
+std::string Player::take_notice() {
+    std::lock_guard const lock(_wish_mutex);
+    return std::exchange(_notice, {});
 }
 
 std::string Player::get_failure() {
@@ -214,10 +234,52 @@ void Player::serve() {
     take_wish();
     prepare_round();
     prepare_cue();
-    for (auto const& slot : _slot_arr) {
-        slot->deck->feed(conv_len(_settings.ahead));
-    }
+    feed_all();
     load_jump();
+    look_at_cache();
+}
+
+// What sounds comes first, the next cue last: on a disk with little time to spare it gets nothing.
+void Player::feed_all() {
+    Slot* sounding = nullptr;
+    {
+        CacheService::Pass const pass(*_cache);
+        sounding = _current;
+    }
+    if (sounding != nullptr) {
+        feed(*sounding, nullptr);
+    }
+    bool const idle_flag =
+        sounding == nullptr || sounding->deck->is_loaded(conv_len(_settings.ahead));
+    for (auto const& slot : _slot_arr) {
+        if (slot.get() != sounding && (slot.get() != _cue || idle_flag)) {
+            feed(*slot, sounding);
+        }
+    }
+}
+
+// Opening files may take long: what sounds does not wait for that.
+void Player::feed(Slot& slot, Slot* sounding) {
+    while (!slot.deck->feed(conv_len(_settings.ahead), files_at_once)) {
+        if (sounding != nullptr) {
+            feed(*sounding, nullptr);
+        }
+    }
+}
+
+// The disk may hold this up, but none of those who ask how it stands.
+void Player::look_at_cache() {
+    if (Clock::now() < _look_due) {
+        return;
+    }
+    _look_due = Clock::now() + look_period;
+    using sacc::SplCacheCell;
+    sacc::SplCacheStat stat;
+    _cache->use_cache().collect_statistics(stat);
+    CacheService::Pass const pass(*_cache);
+    _state.nbr_cells_full =
+        stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
+    _stat.max_cells_full = std::max(_stat.max_cells_full, _state.nbr_cells_full);
 }
 
 void Player::remove_retired() {
@@ -236,8 +298,15 @@ void Player::remove(Slot* slot) {
     if (slot == nullptr) {
         return;
     }
-    auto const losses = slot->deck->list_losses();
-    _loss_arr.insert(_loss_arr.end(), losses.begin(), losses.end());
+    for (Deck::Loss const& loss : slot->deck->list_losses()) {
+        auto const [place, new_flag] = _loss_map.try_emplace({loss.track, loss.clip}, loss);
+        if (!new_flag) {
+            Deck::Loss& sum = place->second;
+            sum.time = std::min(sum.time, loss.time);
+            sum.len += loss.len;
+            sum.refused_flag |= loss.refused_flag;
+        }
+    }
     std::erase_if(_slot_arr, [slot](auto const& entry) { return entry.get() == slot; });
 }
 
@@ -262,11 +331,28 @@ void Player::take_wish() {
         _loading_wish = wish ? _nbr_wishes : _loading_wish;
     }
     if (wish) {
-        remove(_loading);
-        bool const ready_flag = _cue != nullptr && _cue->from == *wish;
-        _loading = ready_flag ? std::exchange(_cue, nullptr) : make_deck(*wish);
+        remove(std::exchange(_loading, nullptr));
+        make_jump(*wish);
+    }
+}
+
+// One that fails is told, and what sounds goes on; where nothing sounds yet, it is the end.
+void Player::make_jump(long long from) {
+    _cue_use_flag |= std::any_of(_cue_arr.begin(), _cue_arr.end(), [&](auto const& cue) {
+        return from > 0 && conv_len(cue.time) == from;
+    });
+    bool const ready_flag = _cue != nullptr && _cue->from == from;
+    try {
+        _loading = ready_flag ? std::exchange(_cue, nullptr) : make_deck(from);
         _deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                        std::chrono::duration<double>(_settings.patience));
+    } catch (Error const& e) {
+        if (_nbr_granted == 0) {
+            throw;
+        }
+        std::lock_guard const lock(_wish_mutex);
+        _notice = std::string("the jump fails: ") + e.what();
+        _nbr_granted = _loading_wish;
     }
 }
 
@@ -298,11 +384,11 @@ void Player::prepare_round() {
         CacheService::Pass const pass(*_cache);
         wanted_flag = _current != nullptr && _current->loop_flag && _next == nullptr;
     }
-    if (!wanted_flag || _loading != nullptr) {
+    if (!wanted_flag) {
         return;
     }
     Slot* const slot = make_deck(conv_len(_settings.loop->beg));
-    slot->deck->feed(conv_len(_settings.ahead));
+    feed_all();
     CacheService::Pass const pass(*_cache);
     _next = slot;
     _jump_flag = false;
@@ -311,7 +397,7 @@ void Player::prepare_round() {
 // Not while the disk is busy for a jump.
 void Player::prepare_cue() {
     auto const time = find_time();
-    if (!_cue_room_flag || _loading != nullptr || !time) {
+    if (!_cue_room_flag || !_cue_use_flag || _loading != nullptr || !time) {
         return;
     }
     auto const cue = find_next_cue(*time);
@@ -321,8 +407,12 @@ void Player::prepare_cue() {
     }
     remove(std::exchange(_cue, nullptr));
     if (cue) {
-        _cue = make_deck(conv_len(*cue));
-        _cue_due = Clock::now() + cue_period;
+        try {
+            _cue = make_deck(conv_len(*cue));
+            _cue_due = Clock::now() + cue_period;
+        } catch (Error const&) {
+            _cue_room_flag = false; // as where a plug-in has so many instances and no more
+        }
     }
 }
 
@@ -333,23 +423,15 @@ std::optional<double> Player::find_time() {
     if (slot == nullptr) {
         return std::nullopt;
     }
-    return static_cast<double>(slot->deck->get_frame()) / _settings.sample_freq;
+    return conv_time(slot->deck->get_frame());
 }
 
 std::vector<Deck::Loss> Player::list_losses() {
     while (!_slot_arr.empty()) {
         remove(_slot_arr.back().get());
     }
-    std::map<std::pair<int, int>, Deck::Loss> loss_map;
-    for (Deck::Loss const& loss : _loss_arr) {
-        auto const [place, new_flag] = loss_map.try_emplace({loss.track, loss.clip}, loss);
-        if (!new_flag) {
-            place->second.len += loss.len;
-            place->second.refused_flag |= loss.refused_flag;
-        }
-    }
     std::vector<Deck::Loss> loss_arr;
-    for (auto const& entry : loss_map) {
+    for (auto const& entry : _loss_map) {
         loss_arr.push_back(entry.second);
     }
     return loss_arr;

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "host/live/Deck.h"
+#include "host/live/Levels.h"
 #include "host/live/PassTimes.h"
 
 #include <array>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -39,14 +41,17 @@ public:
 
     // How it stands.
     struct State {
-        double time = 0;               // s of the session
-        bool playing_flag = false;     // sounds, or would if there were something to hear
-        bool loading_flag = false;     // a start or a jump waits for the disk
-        bool finished_flag = false;    // all is played
-        int nbr_voices = 0;            // notes that sound
-        std::array<float, 16> peaks{}; // by channel, since the last time that this was asked
-        int cue = -1;                  // of use_cues(), the last one up to time; -1 for none
-        long nbr_cells = 0;            // of the cache
+        double time = 0;            // s of the session
+        double goal = 0;            // s; where a jump that is under way leads, else time
+        bool playing_flag = false;  // sounds, or would if there were something to hear
+        bool pause_flag = false;    // was asked for
+        bool still_flag = false;    // the last block is silence, and its end no fade's
+        bool loading_flag = false;  // a start or a jump waits for the disk
+        bool finished_flag = false; // all is played
+        int nbr_voices = 0;         // notes that sound
+        Peaks peaks{};              // by channel, since the last time that this was asked
+        int cue = -1;               // of use_cues(), the last one up to time; -1 for none
+        long nbr_cells = 0;         // of the cache
         long nbr_cells_full = 0;
         long long nbr_lost = 0; // frames of clips in holes
     };
@@ -55,11 +60,11 @@ public:
         long long nbr_frames = 0; // asked for by the callback, pauses and waits included
         long long nbr_blocks = 0; // the same, calls
         int max_voices = 0;
-        std::array<float, 16> peaks{}; // by channel
-        long nbr_cells = 0;            // of the cache
-        long max_cells_full = 0;       // whenever find_state() looked
-        long long nbr_late = 0;        // frames for which the next round of a loop was not ready
-        int nbr_jumps = 0;             // loops included
+        Peaks peaks{};           // by channel
+        long nbr_cells = 0;      // of the cache
+        long max_cells_full = 0; // looked at some times a second
+        long long nbr_late = 0;  // frames for which the next round of a loop was not ready
+        int nbr_jumps = 0;       // loops included
     };
 
     // fact_arr: by sample. bundle and session outlive the object. Throws an Error.
@@ -86,9 +91,14 @@ public:
     std::vector<session::Session::Cue> const& use_cues() const { return _cue_arr; }
     // The time of the first one behind a time; both in s. None at the end.
     std::optional<double> find_next_cue(double time) const;
-    double get_len() const { return static_cast<double>(_end) / _settings.sample_freq; } // s
+    // The time of the last one more than a second before a time, 0 for none.
+    double find_prev_cue(double time) const;
+    double get_len() const { return conv_time(_end); } // s
     // What ended the threads or the sound before their time, empty for nothing.
     std::string get_failure();
+    // What went wrong since the last time that this was asked, and ended nothing; empty for
+    // nothing.
+    std::string take_notice();
 
     // Below: when the callback is over, and the threads with stop().
 
@@ -113,23 +123,30 @@ private:
     void find_cues();
     Slot* make_deck(long long from);
     void take_wish();
+    void make_jump(long long from);
     void load_jump();
     void prepare_round();
     void prepare_cue();
+    void feed_all();
+    void feed(Slot& slot, Slot* sounding);
+    void look_at_cache();
     std::optional<double> find_time();
     void remove_retired();
     void remove(Slot* slot);
     void run_thread(std::function<void()> const& work);
     void wait_a_while();
+    std::size_t count_cues(double time) const; // up to it, in s
     long conv_len(double time) const;
+    double conv_time(long long frame) const;
 
     void break_off(char const* reason);
     void take_next(long len);
-    void change_deck();
+    bool change_deck();
     void play(float* const* chn_arr, long len);
     bool start_next_round(long len);
     void fade(float* const* chn_arr, long len);
     bool is_at_end() const;
+    bool is_at_rest() const;
     void note_levels(float* const* chn_arr, long len);
     void clear(float* const* chn_arr, long pos, long len) const;
 
@@ -139,28 +156,32 @@ private:
     Settings _settings;
     long long _end = 0; // frame of the session
     std::vector<session::Session::Cue> _cue_arr;
-    bool _cue_room_flag = false; // the cache has room to prepare one
+    bool _cue_room_flag = false; // to prepare one
+    bool _cue_use_flag = false;  // the user jumps to them
     std::unique_ptr<engine::CacheService> _cache;
     std::unique_ptr<engine::SampleStore> _store;
     std::vector<engine::SampleStore::Id> _id_arr;
 
     // The control thread's.
-    std::vector<std::unique_ptr<Slot>> _slot_arr; // all there are
-    Slot* _loading = nullptr;                     // waits for its data
-    int _loading_wish = 0;                        // which one that is
-    Slot* _cue = nullptr;                         // of the next cue, or one that was it
-    Clock::time_point _cue_due;                   // no other one before that
-    Clock::time_point _deadline;                  // of that
-    std::vector<Deck::Loss> _loss_arr;            // of decks that are gone
+    std::vector<std::unique_ptr<Slot>> _slot_arr;        // all there are
+    Slot* _loading = nullptr;                            // waits for its data
+    int _loading_wish = 0;                               // which one that is
+    Slot* _cue = nullptr;                                // of the next cue, or one that was it
+    Clock::time_point _cue_due;                          // no other one before that
+    Clock::time_point _deadline;                         // of that
+    Clock::time_point _look_due;                         // at the cache
+    std::map<std::pair<int, int>, Deck::Loss> _loss_map; // of decks that are gone, by clip
 
     // Of those who ask, under the mutex.
     std::mutex _wish_mutex;
     std::condition_variable _wish_condition;
     std::optional<long long> _wish; // frame to jump to
+    long long _goal = 0;            // the last one
     int _nbr_wishes = 0;
     int _nbr_granted = 0; // or given up for later ones
     bool _stop_flag = false;
     std::string _failure;
+    std::string _notice;
 
     // The real-time side's: for others within a pass.
     static constexpr std::size_t _max_retired = 4;

@@ -19,6 +19,7 @@ constexpr float fade_time = 0.005f; // s, before a jump and around a pause
 
 void Player::process(float* const* chn_arr, long len) {
     TimedPass const pass(*_cache, _stat, static_cast<double>(len) / _settings.sample_freq);
+    _state.still_flag = is_at_rest();
     try {
         take_next(len);
         play(chn_arr, len);
@@ -56,13 +57,18 @@ void Player::take_next(long len) {
     }
 }
 
+bool Player::is_at_rest() const {
+    return _current == nullptr || (_pause_flag && _gain == 0) || _finished_flag || _broken_flag;
+}
+
 bool Player::is_at_end() const {
     return _current->end <= _current->deck->get_frame();
 }
 
-void Player::change_deck() {
+// False while the control side has to clear up first.
+bool Player::change_deck() {
     if (_nbr_retired == _max_retired) {
-        return;
+        return false;
     }
     if (_current != nullptr) {
         _nbr_lost += _current->deck->get_nbr_lost();
@@ -74,13 +80,12 @@ void Player::change_deck() {
     if (std::exchange(_jump_flag, false)) {
         _gain = _pause_flag ? 0.f : 1.f; // a fade goes on behind the round of a loop
     }
+    return true;
 }
 
 void Player::play(float* const* chn_arr, long len) {
     for (long done = 0; done < len;) {
-        bool const rest_flag = _current == nullptr || (_pause_flag && _gain == 0);
-        if (rest_flag || _finished_flag || _broken_flag ||
-            (_current->end <= _current->deck->get_frame() && !start_next_round(len - done))) {
+        if (is_at_rest() || (is_at_end() && !start_next_round(len - done))) {
             clear(chn_arr, done, len - done);
             return;
         }
@@ -102,12 +107,12 @@ bool Player::start_next_round(long len) {
         _finished_flag = _next == nullptr || !_jump_flag;
         return false;
     }
-    if (_next == nullptr || !_next->deck->is_rolled() || _jump_flag) {
-        _stat.nbr_late += len;
-        return false;
+    bool const ready_flag = _next != nullptr && _next->deck->is_rolled() && !_jump_flag;
+    if (ready_flag && change_deck()) {
+        return true;
     }
-    change_deck();
-    return true;
+    _stat.nbr_late += _jump_flag ? 0 : len; // the silence before a jump is asked for
+    return false;
 }
 
 // Towards silence before a jump or in a pause, else towards full level, where it changes nothing.

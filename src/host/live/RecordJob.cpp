@@ -9,8 +9,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <limits>
 #include <thread>
 #include <utility>
 
@@ -55,10 +53,10 @@ private:
     // The real-time side's: for others within a pass.
     long long _nbr_frames = 0;
     long long _nbr_lost = 0;
-    RecordJob::Peaks _peaks{};     // since the last look
-    RecordJob::Peaks _max_peaks{}; // of all
+    Peaks _peaks{};     // since the last look
+    Peaks _max_peaks{}; // of all
     PassTimes _times;
-    bool _real_time_flag = false;
+    std::optional<bool> _real_time;
     std::unique_ptr<Device> _device; // its callback ends before the rest
     // The writing thread's.
     std::thread _writer;
@@ -75,11 +73,9 @@ Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
     , _cache(find_cache_size())
     , _recorder(_cache, settings.path, {settings.bit_fmt, _sample_freq, settings.nbr_chn})
     , _device(std::move(device)) {
-    // A WAV file tells its length in 32 bits.
     render::OutputFormat const format = {settings.bit_fmt, _sample_freq, settings.nbr_chn};
     constexpr long long header_room = 1024;
-    long long const most =
-        (std::numeric_limits<std::uint32_t>::max() - header_room) / format.get_frame_len();
+    long long const most = (settings.max_file_len - header_room) / format.get_frame_len();
     _wished_len_flag = settings.len && _max_len <= most;
     _max_len = _wished_len_flag ? _max_len : most;
 }
@@ -123,7 +119,7 @@ void Run::record(RecordJob::Watch const& watch) {
         [this](float const* const* in_arr, float* const*, long len) { push(in_arr, len); });
     _writer = std::thread([this] { guard([this] { write(); }); });
     while (_device->is_alive() && !_failed_flag && !is_full() && watch(find_view())) {
-        _real_time_flag = _device->is_real_time();
+        _real_time = _device->is_real_time();
     }
 }
 
@@ -194,7 +190,7 @@ RecordJob::Result Run::close() {
     result.nbr_xruns = _device->get_nbr_xruns();
     result.peaks = _max_peaks;
     result.times = _times;
-    result.real_time_flag = _real_time_flag;
+    result.real_time = _real_time;
     result.full_flag = !_wished_len_flag && _nbr_frames >= _max_len;
     result.failure = _failure;
     if (!_failure && !alive_flag) {

@@ -2,11 +2,13 @@
 
 #include "host/Error.h"
 #include "host/live/Device.h"
+#include "host/live/Levels.h"
 #include "host/live/PassTimes.h"
 #include "ulk/sacc/SplFileBitFmt.h"
 
-#include <array>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -24,8 +26,9 @@ public:
         long block_len = 256;       // frames, a wish
         sacc::SplFileBitFmt bit_fmt = sacc::SplFileBitFmt_S24;
         std::optional<double> len; // s; else until it is stopped
+        // Bytes that the file may have: a WAV file tells its length in 32 bits.
+        long long max_file_len = std::numeric_limits<std::uint32_t>::max();
     };
-    using Peaks = std::array<float, 16>; // by channel
     struct Result {
         std::string device;
         double sample_freq = 0;
@@ -34,8 +37,8 @@ public:
         long nbr_xruns = 0;
         Peaks peaks{};
         PassTimes times;
-        bool real_time_flag = false; // the callback's thread had such a priority
-        bool full_flag = false;      // the file can hold no more: it ended before its time
+        std::optional<bool> real_time; // the callback had such a priority; none if never called
+        bool full_flag = false;        // the file can hold no more: it ended before its time
         std::optional<Error>
             failure; // what ended it before its time; all until then is in the file
     };

@@ -68,7 +68,7 @@ void add_list(Json& json, char const* name, T const& list, F make) {
 }
 
 void add_losses(Json& json, RenderReport const& report) {
-    add_list(json, "dropped_notes", report.lost_clips, [](RenderReport::LostClip const& clip) {
+    add_list(json, "dropped_notes", report.lost_clips, [](LostClip const& clip) {
         return Json{{"track", clip.track},
                     {"place", clip.place},
                     {"time_s", make_time(clip.time)},

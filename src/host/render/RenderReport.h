@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/LostClip.h"
 #include "host/render/Meter.h"
 #include "host/render/OutputFormat.h"
 #include "host/render/Percentiles.h"
@@ -15,13 +16,6 @@ namespace ulk::host::render {
 // What there is to tell of a render: plain data, filled by who renders. What is empty does not
 // apply and is left out. Places are texts, "file:line:column". doc/render.md has the fields.
 struct RenderReport {
-    struct LostClip {
-        std::string track;
-        std::string place;
-        double time = 0; // s, where it would have begun
-        std::string reason;
-    };
-
     struct MissingSample {
         std::string path;
         std::string place; // where it is asked for

@@ -102,7 +102,7 @@ void add_sound(Lines& lines, Meter::Figures const& sound) {
 void add_notes(Lines& lines, RenderReport const& report) {
     lines.add("notes", std::to_string(report.nbr_notes) + " played, up to " +
                            print_count(report.max_nbr_voices, "voice") + " at once");
-    lines.add_list("DROPPED", report.lost_clips, [](RenderReport::LostClip const& clip) {
+    lines.add_list("DROPPED", report.lost_clips, [](LostClip const& clip) {
         return clip.place + ", at " + TimeText::print(clip.time, 3) + " on " + clip.track + ": " +
                clip.reason;
     });

@@ -53,6 +53,7 @@ public:
         auto const len = ::pread(_output.get(), txt.data(), txt.size(), 0);
         return txt.substr(0, len > 0 ? static_cast<std::size_t>(len) : 0);
     }
+    void send(int signal) const { ::kill(_pid, signal); }
     void end(int signal) {
         if (_pid > 0) {
             ::kill(_pid, signal);

@@ -8,6 +8,8 @@
 #include "host/live/RecordJob.h"
 #include "support/CommandRun.h"
 
+#include <nlohmann/json.hpp>
+
 #include <filesystem>
 #include <fstream>
 
@@ -212,6 +214,45 @@ TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
     EXPECT_EQ(4, recorded.code) << recorded.err;
     EXPECT_NE(std::string::npos, recorded.err.find("the sound device system is gone"));
     EXPECT_GT(read(dir.make_name("take.wav"))[0].size(), 2u * 48000);
+}
+
+// It holds its clients, which must not wait for it for ever.
+TEST_F(JackTest, AServerThatHangsEndsTheCommandsWithAMessage) {
+    std::ofstream(dir.get_path() / "song.toml")
+        << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";
+    std::filesystem::rename(
+        session.sample_arr[static_cast<std::size_t>(add_noise(2, 60 * 48000, 48000))].path,
+        dir.get_path() / "long.wav");
+    test::CommandRun played;
+    std::thread player(
+        [&] { played = test::CommandRun::run(dir.get_path(), "play song.toml --json"); });
+    std::filesystem::create_directory(dir.get_path() / "recorder");
+    test::CommandRun recorded;
+    std::thread recorder([&] {
+        recorded =
+            test::CommandRun::run(dir.get_path() / "recorder", "record ../take.wav --format f32");
+    });
+    wait_for([this] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    server.send(SIGSTOP);
+    player.join();
+    recorder.join();
+    server.end(SIGKILL);
+    EXPECT_EQ(4, played.code) << played.err;
+    EXPECT_NE(std::string::npos, played.err.find("the sound device system is gone")) << played.err;
+    EXPECT_GT(nlohmann::json::parse(played.out)["frames"], 48000);
+    EXPECT_EQ(4, recorded.code) << recorded.err;
+    EXPECT_NE(std::string::npos, recorded.err.find("the sound device system is gone"));
+    EXPECT_GT(read(dir.make_name("take.wav"))[0].size(), 2u * 48000);
+}
+
+TEST_F(JackTest, ARateThatTheServerDoesNotHaveIsToldWithWhatToDo) {
+    std::ofstream(dir.get_path() / "song.toml") << "rate = 44100\n[[track]]\n";
+    auto const played = test::CommandRun::run(dir.get_path(), "play song.toml");
+    EXPECT_EQ(2, played.code);
+    EXPECT_NE(std::string::npos, played.err.find("sound device system: runs at 48000 Hz, and not "
+                                                 "at 44100; --rate asks for another rate"))
+        << played.err;
 }
 
 // A jump through the server: what comes behind it is what is rendered from there.

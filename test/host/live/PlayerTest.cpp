@@ -1,6 +1,7 @@
 #include "host/live/Player.h"
 
 #include "host/engine/RenderRig.h"
+#include "support/PlayerProbe.h"
 #include "support/RealTimeGuard.h"
 
 #include "ulk/sys/posix/SysCall.h"
@@ -35,6 +36,7 @@ public:
         add_clip(two, mono, 1.5).volume = {{0, -20}, {0.5, 0}, {1, -40}};
         session.track_arr[1].volume = {{0, 0}, {2, -12}};
     }
+    long long find_cue_frame() const { return live::PlayerProbe::find_cue_frame(*player); }
     void make_player() {
         player = std::make_unique<Player>(bundle, session, fact_arr, live);
         settle();
@@ -198,15 +200,69 @@ TEST_F(LivePlayerTest, TheNextCueSoundsAtOnce) {
 TEST_F(LivePlayerTest, TheCuePreparedIsTheOneAheadOfWhatPlays) {
     session.cue_arr = {{"one", 0.4}, {"two", 1.5}};
     make_player();
+    EXPECT_EQ(19200, find_cue_frame());
     play_on(24000, {block_len});
     std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // one cue a second
     settle();
-    player->locate(1.5);
+    EXPECT_EQ(72000, find_cue_frame());
+    play_on(72000, {block_len});
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    settle();
+    EXPECT_EQ(-1, find_cue_frame());
+}
+
+TEST_F(LivePlayerTest, TheCueBeforeIsOverASecondBack) {
+    session.cue_arr = {{"one", 0.4}, {"two", 1.5}};
+    make_player();
+    EXPECT_EQ(0, player->find_prev_cue(0));
+    EXPECT_EQ(0, player->find_prev_cue(1.3));
+    EXPECT_EQ(0.4, player->find_prev_cue(1.45));
+    EXPECT_EQ(0.4, player->find_prev_cue(2.4));
+    EXPECT_EQ(1.5, player->find_prev_cue(2.5));
+    EXPECT_EQ(1.5, player->find_prev_cue(1000));
+}
+
+// Keys that count from there come at any time.
+TEST_F(LivePlayerTest, TheGoalOfAJumpIsKnownUntilItIsReached) {
+    make_player();
+    play_on(20000, {block_len});
+    EXPECT_EQ(player->find_state().time, player->find_state().goal);
+    player->locate(2);
+    EXPECT_EQ(2, player->find_state().goal);
     player->serve();
-    EXPECT_FALSE(player->find_state().loading_flag);
-    player->locate(0.4);
-    player->serve(); // was prepared no longer, but is in memory
-    EXPECT_FALSE(player->find_state().loading_flag);
+    EXPECT_EQ(2, player->find_state().goal);
+    settle(); // hands it over
+    ASSERT_FALSE(player->find_state().loading_flag);
+    while (player->use_stat().nbr_jumps == 0) {
+        EXPECT_LT(player->find_state().time, 1);
+        EXPECT_EQ(2, player->find_state().goal);
+        play(block_len);
+    }
+    EXPECT_GT(player->find_state().time, 2);
+    EXPECT_EQ(player->find_state().time, player->find_state().goal);
+    player->locate(-5);
+    EXPECT_EQ(0, player->find_state().goal);
+}
+
+TEST_F(LivePlayerTest, IsStillWhenTheFadeHasBeenHeard) {
+    session.track_arr.clear();
+    add_clip(add_track("steady"), add_sample({std::vector<float>(200000, 0.5f)}, freq), 0);
+    make_player();
+    EXPECT_FALSE(player->find_state().still_flag);
+    play(block_len); // unheard
+    EXPECT_TRUE(player->find_state().still_flag);
+    play_on(20000, {block_len});
+    EXPECT_FALSE(player->find_state().still_flag);
+    player->set_pause(true);
+    EXPECT_NE(0, play(64)[0][63]);
+    EXPECT_FALSE(player->find_state().still_flag);
+    EXPECT_EQ(0, play(block_len)[0][block_len - 1]); // 5 ms are over within
+    EXPECT_FALSE(player->find_state().still_flag);
+    play(1);
+    EXPECT_TRUE(player->find_state().still_flag);
+    player->set_pause(false);
+    play(1);
+    EXPECT_FALSE(player->find_state().still_flag);
 }
 
 TEST_F(LivePlayerTest, WithoutCuesTheBeginningsOfClipsServe) {
@@ -370,7 +426,7 @@ TEST_F(LivePlayerTest, WhatIsNotThereInTimeIsSilenceThatIsCountedAndTimeGoesOn) 
 TEST_F(LivePlayerTest, WhatIsMadeAndNotHeardIsNoHole) {
     session.track_arr.clear();
     add_clip(add_track("steady"), add_sample({std::vector<float>(200000, 0.5f)}, freq), 0);
-    live.barrier = 0;
+    live.patience = 0;
     live.from = 1;
     player = std::make_unique<Player>(bundle, session, fact_arr, live);
     player->serve(); // nobody reads
@@ -440,6 +496,28 @@ TEST_F(LivePlayerTest, TimeStartsWhenTheFirstSecondOfEachTrackIsInMemory) {
     EXPECT_EQ(0, player->find_state().nbr_lost);
 }
 
+// And not the silent 12 ms before: whatever the barrier, a frame more or less is not a hole.
+TEST_F(LivePlayerTest, TheBarrierCountsFromTheFirstFrameThatIsHeard) {
+    session.track_arr.clear();
+    add_clip(add_track("steady"), add_noise(1, 200000, freq), 0);
+    live.from = 1;
+    live.ahead = 0; // no more than the barrier
+    for (long len = 9000; len < 9000 + 8192; len += 331) {
+        live.barrier = static_cast<double>(len) / freq;
+        player = std::make_unique<Player>(bundle, session, fact_arr, live);
+        while (player->find_state().loading_flag) {
+            player->serve();
+            player->run_slices();
+        }
+        while (player->find_state().time <= 1) {
+            play(1);
+        }
+        play(len - 1);
+        EXPECT_NEAR(1 + live.barrier, player->find_state().time, 1e-9);
+        EXPECT_EQ(0, player->find_state().nbr_lost) << len;
+    }
+}
+
 // Its sample is not there after ten seconds: a start without it is better than none.
 TEST_F(LivePlayerTest, PatienceWithTheDiskHasAnEnd) {
     live.patience = 0.01;
@@ -456,7 +534,8 @@ TEST_F(LivePlayerTest, PatienceWithTheDiskHasAnEnd) {
 TEST_F(LivePlayerTest, TheTimesOfAllPassesAreKept) {
     make_player();
     play_on(48000, {block_len});
-    player->find_state(); // looks at the cells
+    std::this_thread::sleep_for(std::chrono::milliseconds(250)); // for a look at the cells
+    settle();
     auto const& times = player->use_stat();
     EXPECT_EQ(times.nbr_blocks, times.waits.get_count());
     EXPECT_EQ(times.nbr_blocks, times.works.get_count());

@@ -62,6 +62,24 @@ TEST_F(LiveRecordTest, EachSecondIsBroughtToTheDisk) {
     EXPECT_EQ(0, result.nbr_lost);
 }
 
+TEST_F(LiveRecordTest, AFileThatCanHoldNoMoreEndsTheTake) {
+    settings.max_file_len = 100000;
+    auto const watch = [](RecordJob::View const&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return true;
+    };
+    auto const result = run(watch);
+    EXPECT_TRUE(result.full_flag);
+    EXPECT_FALSE(result.failure);
+    EXPECT_EQ((100000 - 1024) / 6, result.nbr_frames);
+    EXPECT_EQ(0, result.nbr_lost);
+    EXPECT_EQ(44u + 6 * static_cast<std::uintmax_t>(result.nbr_frames), find_size());
+    settings.len = 0.3; // all of which it can hold
+    EXPECT_FALSE(run(watch).full_flag);
+    settings.len = 0.4;
+    EXPECT_TRUE(run(watch).full_flag);
+}
+
 TEST_F(LiveRecordTest, AFullDiskEndsTheTakeWithAReport) {
     test::FileFault fault;
     auto const result = run([&, first_flag = true](RecordJob::View const&) mutable {

@@ -96,6 +96,17 @@ TEST(ThreadMgrTest, PriorityReportsByItsResult) {
     EXPECT_EQ(-ThreadMgr::Priority_HIGHEST, asked_nice);
 }
 
+// Which the system may refuse.
+TEST(ThreadMgrTest, AThreadIsRealTimeWhenItIsTold) {
+    std::thread([] {
+        auto const self = ThreadMgr::get_current_handle();
+        EXPECT_FALSE(ThreadMgr::is_real_time(self));
+        EXPECT_FALSE(ThreadMgr::make_real_time(100)); // there is no such priority
+        bool const granted_flag = ThreadMgr::make_real_time(1);
+        EXPECT_EQ(granted_flag, ThreadMgr::is_real_time(self));
+    }).join();
+}
+
 TEST(TimerReliableTest, WeightsOfTheTwoHalves) {
     EXPECT_EQ(0.0, TimerReliable::conv_ns_to_sec(0));
     EXPECT_EQ(1e-9, TimerReliable::conv_ns_to_sec(1));

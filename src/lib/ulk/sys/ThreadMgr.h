@@ -22,6 +22,9 @@ public:
     static unsigned long get_invalid_thread_id();
     // The calling thread, for is_real_time(); never 0. real-time
     static unsigned long get_current_handle();
+    // Lets the calling thread go before all that are not so; among those that are, priority counts,
+    // 1 to 99. False when the system refuses it.
+    static bool make_real_time(int priority);
     // Whether a running thread goes before all that are not so.
     static bool is_real_time(unsigned long handle);
     static int count_nbr_logical_proc();           // 1 if the system doesn't tell

@@ -10,15 +10,21 @@ namespace ulk::sys {
 
 namespace {
 
-bool wait_for_input(int timeout_ms) {
-    pollfd entry = {STDIN_FILENO, POLLIN, 0};
-    return ::poll(&entry, 1, timeout_ms) > 0 && (entry.revents & POLLIN) != 0;
-}
+constexpr unsigned char escape = 27;
+constexpr int sequence_ms = 20; // within which the rest of a sequence comes
 
-int find_arrow(unsigned char letter) {
-    return letter == 'D'   ? KeyReader::Key_LEFT
-           : letter == 'C' ? KeyReader::Key_RIGHT
-                           : KeyReader::Key_NONE;
+// By the letter that ends its sequence, as xterm and its kin send them.
+int find_key(unsigned char letter) {
+    switch (letter) {
+    case 'C':
+        return KeyReader::Key_RIGHT;
+    case 'D':
+        return KeyReader::Key_LEFT;
+    case 'H':
+        return KeyReader::Key_HOME;
+    default:
+        return KeyReader::Key_NONE;
+    }
 }
 
 } // namespace
@@ -35,15 +41,38 @@ int KeyReader::read(double timeout) {
         ThreadMgr::sleep(timeout);
         return Key_NONE;
     }
-    if (!wait_for_input(static_cast<int>(timeout * 1000))) {
-        return Key_NONE;
+    return fill(static_cast<int>(timeout * 1000)) ? take() : Key_NONE;
+}
+
+// Whether there is something to take.
+bool KeyReader::fill(int timeout_ms) {
+    if (_pos < _end) {
+        return true;
     }
-    unsigned char txt[8];
-    auto const len = ::read(STDIN_FILENO, txt, sizeof(txt));
-    if (len >= 3 && txt[0] == 27 && (txt[1] == '[' || txt[1] == 'O')) {
-        return find_arrow(txt[2]);
+    pollfd entry = {STDIN_FILENO, POLLIN, 0};
+    if (::poll(&entry, 1, timeout_ms) <= 0 || (entry.revents & POLLIN) == 0) {
+        return false;
     }
-    return len > 0 ? static_cast<int>(txt[0]) : static_cast<int>(Key_NONE);
+    auto const len = ::read(STDIN_FILENO, _buf.data(), _buf.size());
+    _pos = 0;
+    _end = len > 0 ? static_cast<std::size_t>(len) : 0;
+    return _pos < _end;
+}
+
+// A character, or a whole sequence: an escape, '[' or 'O', digits and signs, a letter.
+int KeyReader::take() {
+    unsigned char const first = _buf[_pos++];
+    if (first != escape || !fill(sequence_ms) || (_buf[_pos] != '[' && _buf[_pos] != 'O')) {
+        return first;
+    }
+    ++_pos;
+    while (fill(sequence_ms)) {
+        unsigned char const letter = _buf[_pos++];
+        if (letter >= '@') {
+            return find_key(letter);
+        }
+    }
+    return Key_NONE;
 }
 
 } // namespace ulk::sys

@@ -31,6 +31,12 @@ unsigned long ThreadMgr::get_current_handle() {
     return pthread_self();
 }
 
+bool ThreadMgr::make_real_time(int priority) {
+    sched_param param = {};
+    param.sched_priority = priority;
+    return pthread_setschedparam(pthread_self(), SCHED_FIFO, &param) == 0;
+}
+
 bool ThreadMgr::is_real_time(unsigned long handle) {
     int policy = SCHED_OTHER;
     sched_param param = {};
