@@ -54,6 +54,18 @@ TEST_F(PlayCommandTest, PlaysASessionToItsEndAndReports) {
     EXPECT_EQ(lossy_flag ? 3 : 0, played.code) << played.err;
 }
 
+// As a render does.
+TEST_F(PlayCommandTest, AClipWithoutItsSampleIsALoss) {
+    fs::remove(dir.get_path() / "samples/pad.wav");
+    auto const played = run(std::string("play --device none --json ") + session);
+    EXPECT_EQ(3, played.code);
+    EXPECT_NE(std::string::npos, played.err.find("pad.wav")) << played.err;
+    auto const lost = nlohmann::json::parse(played.out)["dropped_notes"];
+    auto const rendered = run(std::string("render --json ") + session);
+    EXPECT_FALSE(lost.empty());
+    EXPECT_EQ(nlohmann::json::parse(rendered.out)["dropped_notes"], lost);
+}
+
 TEST_F(PlayCommandTest, APriorityThatIsRefusedIsTold) {
     // The superuser is asked no limit.
     std::string const setting =

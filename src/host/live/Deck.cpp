@@ -10,6 +10,7 @@ namespace {
 using engine::NotePlan;
 using engine::NotePlayer;
 
+constexpr auto whole_period = std::chrono::milliseconds(500);
 // Gaps of a note in a block that are told apart.
 constexpr int max_gaps = 4;
 
@@ -51,10 +52,21 @@ bool Deck::feed(long len, int max_files) {
     Note::Range const span = find_span(len);
     give_back_ended(span.beg);
     bool const open_flag = open_files(span.end, max_files);
-    list_demands(span);
+    list_demands(find_news(span));
     walk_demands(
         [this](Demand const& demand) { _material.store.prefetch(demand.id, demand.range); });
+    _fed_end = open_flag ? span.end : 0;
     return open_flag;
+}
+
+// What has not been asked for; now and then all, since the cache may have had no room to keep it.
+Deck::Note::Range Deck::find_news(Note::Range const& span) {
+    auto const now = std::chrono::steady_clock::now();
+    if (now < _whole_due) {
+        return {std::max(span.beg, _fed_end), span.end};
+    }
+    _whole_due = now + whole_period;
+    return span;
 }
 
 // Of the engine: from what it makes next to len frames behind what is heard next.

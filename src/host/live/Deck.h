@@ -3,6 +3,7 @@
 #include "host/engine/Engine.h"
 #include "host/engine/SampleStore.h"
 
+#include <chrono>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -97,6 +98,7 @@ private:
     bool open_files(long long end, int max_files);
     Note::Range find_span(long len) const;
     void list_demands(Note::Range const& span);
+    Note::Range find_news(Note::Range const& span);
     template <class F>
     void walk_demands(F fnc);
     void make_block();
@@ -115,11 +117,13 @@ private:
     engine::Engine _engine;
     engine::WorkerPool _pool{1};
     std::vector<PlayerState> _player_arr;
-    std::vector<Opened> _opened_arr;    // of one feed()
-    std::vector<Demand> _demand_arr;    // of one feed() or is_loaded()
-    std::vector<NotePlace> _silent_arr; // notes that had no file when they began
-    std::vector<Gap> _gap_arr;          // of the engine's last block
-    long _block_pos;                    // frames read of the engine's last block
+    long long _fed_end = 0;                           // up to where feed() has asked for all
+    std::chrono::steady_clock::time_point _whole_due; // all is asked for again
+    std::vector<Opened> _opened_arr;                  // of one feed()
+    std::vector<Demand> _demand_arr;                  // of one feed() or is_loaded()
+    std::vector<NotePlace> _silent_arr;               // notes that had no file when they began
+    std::vector<Gap> _gap_arr;                        // of the engine's last block
+    long _block_pos;                                  // frames read of the engine's last block
     long long _nbr_lost = 0;
 };
 

@@ -3,6 +3,7 @@
 #include "host/Error.h"
 #include "host/LoadedSession.h"
 #include "host/engine/Frames.h"
+#include "ulk/sys/MemoryLock.h"
 
 #include <algorithm>
 #include <chrono>
@@ -211,6 +212,7 @@ PlayReport Run::make_report() {
 
 PlayReport PlayJob::run(Bundle& bundle, Settings const& settings, Open const& open,
                         Warn const& warn, Watch const& watch) {
+    sys::MemoryLock::lock_touched();
     Run run(bundle, settings, warn);
     run.open(open);
     run.play(warn, watch);

@@ -50,7 +50,7 @@ std::string PlayReport::print() const {
     txt += losses.empty() ? "  holes     none\n" : "";
     for (Loss const& loss : losses) {
         txt += "  HOLE      " + loss.place + ", at " + render::TimeText::print(loss.time, 3) +
-               format_text(": %lld frames%s\n", loss.nbr_frames,
+               format_text(": %lld frame%s%s\n", loss.nbr_frames, loss.nbr_frames == 1 ? "" : "s",
                            loss.refused_flag ? ", its sample cannot be used" : "");
     }
     txt += failure ? std::string("  ENDED     ") + failure->what() + "\n" : "";

@@ -24,8 +24,9 @@ constexpr int files_at_once = 4;                 // to open, between looks at wh
 constexpr double cue_slack = 0.05; // s, that a cue lies behind where it plays to be the next one
 constexpr double back_slack = 1;   // s, that it lies before to be the one to go back to
 constexpr auto serve_period = std::chrono::milliseconds(20);
-constexpr auto slice_period = std::chrono::milliseconds(5);
-constexpr auto cue_period = std::chrono::seconds(1); // at least, between decks of cues
+constexpr auto slice_period = std::chrono::milliseconds(20); // each takes the lock once a cell
+constexpr auto cue_period = std::chrono::seconds(1);         // at least, between decks of cues
+constexpr auto cue_feed_period = std::chrono::milliseconds(500);
 constexpr auto look_period = std::chrono::milliseconds(200);
 
 } // namespace
@@ -147,8 +148,9 @@ Player::State Player::find_state() {
         state.time = conv_time(_current->deck->get_frame());
         state.nbr_lost += _current->deck->get_nbr_lost();
     }
-    bool const jump_flag = loading_flag || (_next != nullptr && _jump_flag);
-    state.goal = jump_flag ? conv_time(goal) : state.time;
+    state.goal = loading_flag                     ? conv_time(goal)
+                 : _next != nullptr && _jump_flag ? conv_time(_next->from)
+                                                  : state.time;
     state.cue = static_cast<int>(count_cues(state.time)) - 1;
     return state;
 }
@@ -249,12 +251,15 @@ void Player::feed_all() {
     if (sounding != nullptr) {
         feed(*sounding, nullptr);
     }
-    bool const idle_flag =
-        sounding == nullptr || sounding->deck->is_loaded(conv_len(_settings.ahead));
     for (auto const& slot : _slot_arr) {
-        if (slot.get() != sounding && (slot.get() != _cue || idle_flag)) {
+        if (slot.get() != sounding && slot.get() != _cue) {
             feed(*slot, sounding);
         }
+    }
+    if (_cue != nullptr && Clock::now() >= _cue_feed_due &&
+        (sounding == nullptr || sounding->deck->is_loaded(conv_len(_settings.ahead)))) {
+        feed(*_cue, sounding);
+        _cue_feed_due = Clock::now() + cue_feed_period;
     }
 }
 
@@ -410,6 +415,7 @@ void Player::prepare_cue() {
         try {
             _cue = make_deck(conv_len(*cue));
             _cue_due = Clock::now() + cue_period;
+            _cue_feed_due = {};
         } catch (Error const&) {
             _cue_room_flag = false; // as where a plug-in has so many instances and no more
         }

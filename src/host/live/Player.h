@@ -163,12 +163,13 @@ private:
     std::vector<engine::SampleStore::Id> _id_arr;
 
     // The control thread's.
-    std::vector<std::unique_ptr<Slot>> _slot_arr;        // all there are
-    Slot* _loading = nullptr;                            // waits for its data
-    int _loading_wish = 0;                               // which one that is
-    Slot* _cue = nullptr;                                // of the next cue, or one that was it
-    Clock::time_point _cue_due;                          // no other one before that
-    Clock::time_point _deadline;                         // of that
+    std::vector<std::unique_ptr<Slot>> _slot_arr; // all there are
+    Slot* _loading = nullptr;                     // waits for its data
+    int _loading_wish = 0;                        // which one that is
+    Slot* _cue = nullptr;                         // of the next cue, or one that was it
+    Clock::time_point _cue_due;                   // no other one before that
+    Clock::time_point _deadline;                  // of that
+    Clock::time_point _cue_feed_due;
     Clock::time_point _look_due;                         // at the cache
     std::map<std::pair<int, int>, Deck::Loss> _loss_map; // of decks that are gone, by clip
 

@@ -1,9 +1,12 @@
 #include "host/live/Player.h"
 
+#include "host/CommandTap.h"
+#include "host/Error.h"
 #include "host/engine/RenderRig.h"
 #include "support/PlayerProbe.h"
 #include "support/RealTimeGuard.h"
-
+#include "ulk/ace/Err.h"
+#include "ulk/kryn/PluginFactory.h"
 #include "ulk/sys/posix/SysCall.h"
 
 #include <atomic>
@@ -18,6 +21,20 @@ namespace {
 
 constexpr double freq = 48000;
 constexpr long block_len = 256;
+
+// A factory that makes so many plug-ins and no more.
+class ScarceFactory : public CommandTap {
+public:
+    int nbr_left = 1000000;
+
+protected:
+    int do_execute(ulk::pibase::BidirComPoint& com, int cmd, void* data) override {
+        if (cmd == kryn::PluginFactory::CmdFact::INSTANTIATE && nbr_left-- <= 0) {
+            return ulk::ace::Err_ENGINE_CREATE_PLUGIN;
+        }
+        return com.plugin_execute(&com, cmd, data);
+    }
+};
 
 // A session that plays for about three seconds, and a player that the test drives by hand.
 class LivePlayerTest : public ::testing::Test, public RenderRig {
@@ -81,6 +98,8 @@ public:
         }
     }
 
+    ScarceFactory factory;
+    Bundle scarce{BUILD_DIR "/baplug.so", &factory};
     Player::Settings live;
     std::unique_ptr<Player> player;
 };
@@ -275,6 +294,46 @@ TEST_F(LivePlayerTest, WithoutCuesTheBeginningsOfClipsServe) {
     EXPECT_EQ(1.5, player->find_next_cue(0.5));
 }
 
+TEST_F(LivePlayerTest, ACueWhoseDeckCannotBeMadeIsDoneWithout) {
+    session.cue_arr = {{"chorus", 2.25}};
+    player = std::make_unique<Player>(scarce, session, fact_arr, live);
+    player->serve();
+    factory.nbr_left = 0;
+    settle();
+    EXPECT_EQ(-1, find_cue_frame());
+    Channels const mix = render();
+    play(block_len);
+    expect_same(mix, 0, play_on(50000, {block_len}), 0, 50000);
+    EXPECT_EQ("", player->take_notice());
+}
+
+TEST_F(LivePlayerTest, AJumpThatFailsIsToldAndTheSoundGoesOn) {
+    player = std::make_unique<Player>(scarce, session, fact_arr, live);
+    settle();
+    play(block_len);
+    factory.nbr_left = 0;
+    player->locate(2);
+    settle();
+    EXPECT_FALSE(player->find_state().loading_flag);
+    EXPECT_EQ(player->find_state().time, player->find_state().goal);
+    std::string const notice = player->take_notice();
+    EXPECT_EQ(0u, notice.find("the jump fails: ")) << notice;
+    EXPECT_EQ("", player->take_notice());
+    Channels const mix = render();
+    expect_same(mix, 0, play_on(50000, {block_len}), 0, 50000);
+    factory.nbr_left = 1000;
+    player->locate(0);
+    settle();
+    play_on(10 * block_len, {block_len});
+    EXPECT_EQ(1, player->use_stat().nbr_jumps);
+}
+
+TEST_F(LivePlayerTest, AStartThatFailsIsTheEnd) {
+    factory.nbr_left = 0;
+    player = std::make_unique<Player>(scarce, session, fact_arr, live);
+    EXPECT_THROW(player->serve(), Error);
+}
+
 // Data that lies behind the cue alone, on a disk that does not answer any more when the key is hit.
 TEST_F(LivePlayerTest, ACueIsPrefetchedFromASlowDisk) {
     session.track_arr.clear();
@@ -352,6 +411,56 @@ TEST_F(LivePlayerTest, GoesRoundALoopWithoutAGap) {
         expect_same(round, 0, played, end + k * round_len, round_len);
     }
     EXPECT_EQ(0, player->use_stat().nbr_late);
+}
+
+// The disk is asked for the place of the jump all the while, and does not answer.
+TEST_F(LivePlayerTest, ALoopGoesRoundWhileAJumpLoads) {
+    live.loop = Player::Loop{0.2, 0.6};
+    settings.from = 0.2;
+    Channels const round = render();
+    make_player();
+    play(block_len);
+    play_on(14 * 2400, {2400}); // the loop's data, in memory since, and a round begun
+    std::filesystem::remove(session.sample_arr[0].path);
+    player->locate(1.9); // data that nobody reads
+    Channels played(2);
+    while (played[0].size() < 3 * 19200) {
+        player->serve();
+        Channels const block = play(block_len);
+        for (std::size_t chn = 0; chn < 2; ++chn) {
+            played[chn].insert(played[chn].end(), block[chn].begin(), block[chn].end());
+        }
+    }
+    EXPECT_TRUE(player->find_state().loading_flag);
+    EXPECT_EQ(0, player->use_stat().nbr_late);
+    EXPECT_EQ(0, player->find_state().nbr_lost);
+    // 14 x 2400 frames from 0 on: 4800 of a round have been heard.
+    expect_same(round, 4800, played, 0, 14400);
+    expect_same(round, 0, played, 14400, 19200);
+    expect_same(round, 0, played, 14400 + 19200, 19200);
+}
+
+TEST_F(LivePlayerTest, ALateRoundIsToldAndAJumpIsNone) {
+    live.loop = Player::Loop{0.2, 0.6};
+    make_player();
+    play(block_len);
+    play_on(24000, {2400});
+    // The round is at its end, and there is no other one: nobody serves.
+    for (long pos = 0; pos < 30000; pos += 2400) {
+        play(2400);
+    }
+    auto const nbr_late = player->use_stat().nbr_late;
+    EXPECT_GT(nbr_late, 0);
+    EXPECT_LT(nbr_late, 30000);
+    player->locate(1);
+    settle(); // brings another round, too, which the jump replaces
+    auto const before = player->use_stat().nbr_late;
+    play(300); // makes what lies before the jump
+    EXPECT_EQ(before, player->use_stat().nbr_late);
+    play(300);
+    play(300);
+    EXPECT_GT(player->find_state().time, 1);
+    EXPECT_EQ(before, player->use_stat().nbr_late);
 }
 
 TEST_F(LivePlayerTest, FadesOnBehindTheRoundOfALoop) {

@@ -1,0 +1,50 @@
+#include "ulk/sys/MemoryLock.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+using ulk::sys::MemoryLock;
+
+namespace {
+
+// kB of memory that are locked.
+long find_locked() {
+    std::ifstream file("/proc/self/status");
+    for (std::string word; file >> word;) {
+        if (word == "VmLck:") {
+            long len = 0;
+            file >> len;
+            return len;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+TEST(MemoryLockTest, AllThatIsTouchedIsLockedWhereItIsAllowed) {
+    EXPECT_EQ(0, find_locked());
+    bool const locked_flag = MemoryLock::lock_touched();
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "sanitizers lock nothing";
+#endif
+#endif
+    EXPECT_EQ(locked_flag, find_locked() > 0);
+}
+
+// A limit would end the process some time later.
+TEST(MemoryLockTest, NothingIsLockedUnderALimit) {
+    if (::geteuid() == 0 && ::seteuid(65534) != 0) {
+        GTEST_SKIP() << "cannot give up the superuser's rights";
+    }
+    rlimit const limit = {1 << 20, 1 << 20};
+    ASSERT_EQ(0, setrlimit(RLIMIT_MEMLOCK, &limit));
+    EXPECT_FALSE(MemoryLock::lock_touched());
+    EXPECT_EQ(0, find_locked());
+}
