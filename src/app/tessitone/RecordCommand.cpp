@@ -121,7 +121,7 @@ void add_record_command(CLI::App& app, Context& context) {
     add_device_option(*command, settings.device);
     command->add_option("--channels", settings.nbr_chn, "Channels")
         ->type_name("N")
-        ->check(CLI::Range(1, 16))
+        ->check(CLI::Range(1, ulk::host::live::max_nbr_chn))
         ->capture_default_str();
     add_format_option(*command, args->format, "Samples of the file");
     check_rate_option(command->add_option("--rate", settings.sample_freq, "Sample rate in Hz"))

@@ -18,8 +18,7 @@ constexpr double span_time = 0.25; // s: data is asked for and read by such span
 constexpr long cell_len = 8192;    // floats
 constexpr long min_nbr_cells = 64;
 constexpr long long max_cache_len = 256LL << 20; // bytes, unless the user says otherwise
-constexpr int max_nbr_chn = 16;
-constexpr int max_open_files = 256; // beyond those that sound
+constexpr int max_open_files = 256;              // beyond those that sound
 constexpr auto validate_period = std::chrono::seconds(1);
 
 enum : long { Pin_SILENCE = 0, Pin_STEM, Pin_SUM };
@@ -227,7 +226,7 @@ void Renderer::deliver(long skip, long len) {
 }
 
 void Renderer::deliver_to(Output& output, float* const* chn_arr, long skip, long len) {
-    float const* part_arr[max_nbr_chn];
+    float const* part_arr[Session::max_nbr_chn];
     for (int chn = 0; chn < _session.nbr_chn; ++chn) {
         part_arr[chn] = chn_arr[chn] + skip;
     }

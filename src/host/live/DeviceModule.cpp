@@ -2,6 +2,7 @@
 
 #include "host/Error.h"
 #include "host/live/ClockDevice.h"
+#include "host/live/Levels.h"
 #include "ulk/sys/SharedLibrary.h"
 
 namespace ulk::host::live {
@@ -33,7 +34,6 @@ std::vector<Device::Info> DeviceModule::list_devices() {
     if (_system != nullptr) {
         info_arr = _system->list_devices();
     }
-    constexpr int max_nbr_chn = 16;
     info_arr.push_back({ClockDevice::name, "silent", max_nbr_chn, max_nbr_chn, false, {}});
     return info_arr;
 }

@@ -16,6 +16,20 @@ double conv_to_db(float peak) {
 
 } // namespace
 
+void Levels::add(Peaks& peaks, float const* const* chn_arr, int nbr_chn, long len) {
+    for (int chn = 0; chn < nbr_chn; ++chn) {
+        float& peak = peaks[static_cast<std::size_t>(chn)];
+        for (long pos = 0; pos < len; ++pos) {
+            peak = std::max(peak, std::fabs(chn_arr[chn][pos]));
+        }
+    }
+}
+
+void Levels::add(Peaks& peaks, Peaks const& other) {
+    std::transform(peaks.begin(), peaks.end(), other.begin(), peaks.begin(),
+                   [](float lhs, float rhs) { return std::max(lhs, rhs); });
+}
+
 std::string Levels::print(Peaks const& peaks, int nbr_chn) {
     std::string txt;
     for (int chn = 0; chn < nbr_chn; ++chn) {

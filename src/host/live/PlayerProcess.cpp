@@ -4,7 +4,6 @@
 #include "host/live/TimedPass.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <exception>
 #include <utility>
@@ -91,7 +90,7 @@ void Player::play(float* const* chn_arr, long len) {
         }
         long long const rest = _current->end - _current->deck->get_frame();
         long const part = static_cast<long>(std::min<long long>(len - done, rest));
-        float* part_arr[16];
+        float* part_arr[max_nbr_chn];
         for (int chn = 0; chn < _session.nbr_chn; ++chn) {
             part_arr[chn] = chn_arr[chn] + done;
         }
@@ -133,14 +132,8 @@ void Player::fade(float* const* chn_arr, long len) {
 }
 
 void Player::note_levels(float* const* chn_arr, long len) {
-    for (int chn = 0; chn < _session.nbr_chn; ++chn) {
-        auto const index = static_cast<std::size_t>(chn);
-        float& peak = _state.peaks[index];
-        for (long pos = 0; pos < len; ++pos) {
-            peak = std::max(peak, std::fabs(chn_arr[chn][pos]));
-        }
-        _stat.peaks[index] = std::max(_stat.peaks[index], peak);
-    }
+    Levels::add(_state.peaks, chn_arr, _session.nbr_chn, len);
+    Levels::add(_stat.peaks, _state.peaks);
     _state.nbr_voices = _current != nullptr ? _current->deck->get_nbr_sounding() : 0;
     _stat.max_voices = std::max(_stat.max_voices, _state.nbr_voices);
 }

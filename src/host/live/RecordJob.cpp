@@ -36,7 +36,6 @@ public:
 private:
     CacheService::Size find_cache_size() const;
     void push(float const* const* chn_arr, long len);
-    void note_levels(float const* const* chn_arr, long len);
     RecordJob::View find_view();
     bool is_full();
     void stop();
@@ -93,18 +92,8 @@ void Run::push(float const* const* chn_arr, long len) {
         _recorder.push(chn_arr, part);
         _nbr_frames += part;
         _nbr_lost = _nbr_frames - _recorder.get_nbr_pushed();
-        note_levels(chn_arr, part);
-    }
-}
-
-// real-time
-void Run::note_levels(float const* const* chn_arr, long len) {
-    for (int chn = 0; chn < _settings.nbr_chn; ++chn) {
-        auto const index = static_cast<std::size_t>(chn);
-        for (long pos = 0; pos < len; ++pos) {
-            _peaks[index] = std::max(_peaks[index], std::fabs(chn_arr[chn][pos]));
-        }
-        _max_peaks[index] = std::max(_max_peaks[index], _peaks[index]);
+        Levels::add(_peaks, chn_arr, _settings.nbr_chn, part);
+        Levels::add(_max_peaks, _peaks);
     }
 }
 

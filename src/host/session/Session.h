@@ -16,6 +16,7 @@ public:
     static constexpr double silence = -std::numeric_limits<double>::infinity();
     static constexpr double to_the_end = std::numeric_limits<double>::infinity();
     static constexpr int master = -1; // as an output
+    static constexpr int max_nbr_chn = 16;
 
     // Where something was written, for messages. Lines and columns count from 1, 0 is unknown.
     struct Place {
@@ -76,7 +77,7 @@ public:
 
     struct Track {
         std::string name;
-        int nbr_chn = 2;             // 1 to 16
+        int nbr_chn = 2;             // 1 to max_nbr_chn
         int output = master;         // or an index into track_arr
         Curve volume = {{0, 0}};     // dB
         bool mute_flag = false;      // sounds nowhere, also not as a dry side
@@ -98,7 +99,7 @@ public:
     std::string name;
     double sample_freq = 48000; // Hz
     TempoMap tempo_map;
-    int nbr_chn = 2;         // of the mix, 1 to 16
+    int nbr_chn = 2;         // of the mix, 1 to max_nbr_chn
     double tail = 0;         // s behind the last clip's end
     Curve volume = {{0, 0}}; // dB, of the mix
     std::vector<Sample> sample_arr;

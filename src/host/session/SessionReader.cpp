@@ -92,7 +92,8 @@ void SessionReader::read_rate(Node const& node, Session& session) {
 }
 
 void SessionReader::read_channels(Node const& node, Session& session) {
-    session.nbr_chn = _values.read_whole(node, "channels", 1, 16).value_or(session.nbr_chn);
+    session.nbr_chn =
+        _values.read_whole(node, "channels", 1, Session::max_nbr_chn).value_or(session.nbr_chn);
 }
 
 void SessionReader::read_tempo(Node const& node, Session& session) {

@@ -73,7 +73,8 @@ void TrackReader::read_name(Node const& node, Track& track) {
 }
 
 void TrackReader::read_channels(Node const& node, Track& track) {
-    track.nbr_chn = _values.read_whole(node, "channels", 1, 16).value_or(track.nbr_chn);
+    track.nbr_chn =
+        _values.read_whole(node, "channels", 1, Session::max_nbr_chn).value_or(track.nbr_chn);
 }
 
 void TrackReader::read_output(Node const& node, Track&) {
