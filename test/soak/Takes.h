@@ -30,18 +30,17 @@ private:
 
         // Numbers that a channel tells; the next channel takes over.
         long long get_range() const { return bit_fmt == ulk::sacc::SplFileBitFmt_U8 ? 64 : 16384; }
-        long long get_period() const; // frames, after which all comes again
         float make(int chn, long long frame) const;
-        long long find_frame(float const* chn_arr) const; // modulo the period
-        bool is_frame(float const* chn_arr) const;
+        bool is_frame(float const* chn_arr, long long frame) const;
+        bool is_silent(float const* chn_arr) const;
         bool is_empty(float const* chn_arr) const;
     };
 
     // What is in a file.
     struct Content {
         long long nbr_frames = -1; // -1 for a file that cannot be read
-        long long nbr_lost = 0;    // frames that are left out
-        long long nbr_empty = 0;
+        long long nbr_silent = 0;  // frames for which there was no memory
+        long long nbr_empty = 0;   // that were never written
         long long nbr_wrong = 0;
 
         std::string print() const;

@@ -43,10 +43,11 @@ void show(RecordJob::View const& view, int nbr_chn) {
 
 void print(RecordJob::Settings const& settings, RecordJob::Result const& result) {
     std::printf(
-        "%s: %s from %s, %lld frames lost, %ld xruns\n  peaks    %s\n%s", settings.path.c_str(),
+        "%s: %s from %s, %lld frames lost, %ld xruns\n  peaks    %s\n%s%s", settings.path.c_str(),
         TimeText::print(static_cast<double>(result.nbr_frames) / result.sample_freq, 3).c_str(),
         result.device.c_str(), result.nbr_lost, result.nbr_xruns,
-        Levels::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str());
+        Levels::print(result.peaks, settings.nbr_chn).c_str(), result.times.print().c_str(),
+        result.gaps.print(result.sample_freq).c_str());
 }
 
 nlohmann::json make_json(RecordJob::Settings const& settings, RecordJob::Result const& result) {
@@ -57,6 +58,8 @@ nlohmann::json make_json(RecordJob::Settings const& settings, RecordJob::Result 
         {"channels", settings.nbr_chn},
         {"frames", result.nbr_frames},
         {"lost_frames", result.nbr_lost},
+        {"gaps", result.gaps.make_json(result.sample_freq)},
+        {"gap_count", result.gaps.get_nbr_gaps()},
         {"xruns", result.nbr_xruns},
         {"peaks_db", Levels::make_json(result.peaks, settings.nbr_chn)},
         {"real_time", result.real_time ? nlohmann::json(*result.real_time) : nlohmann::json()},

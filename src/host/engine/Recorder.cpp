@@ -5,15 +5,21 @@
 #include "ulk/sacc/SplCacheIteratorWrite.h"
 #include "ulk/sacc/SplFileFmtDesc.h"
 #include "ulk/sys/UserPermissions.h"
+#include "ulk/sys/posix/NewFile.h"
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
+#include <system_error>
 
 namespace ulk::host::engine {
 
 namespace {
 
 constexpr long long header_len = 44; // bytes, of the WAV files that are made here
+
+[[noreturn]] void refuse(std::string const& path, std::string const& reason) {
+    throw Error(Error::Kind_IO, path + ": cannot be made" + reason);
+}
 
 } // namespace
 
@@ -26,19 +32,38 @@ Recorder::Recorder(CacheService& cache, std::string const& path, render::OutputF
     sacc::SplFileFmtDesc desc;
     desc.set_data(sacc::SplFileFmt_WAV, format.bit_fmt, format.sample_freq, format.nbr_chn);
     if (_cache.use_cache().create_file_new(_file_id, _path.c_str(), desc) != 0) {
-        throw Error(Error::Kind_IO, path + ": cannot be made; is its folder there, and writable?");
+        refuse(path, "; does another program write it?");
+    }
+}
+
+// A pipe would be waited for, and a device can do anything.
+void Recorder::check_path(std::string const& path) {
+    std::error_code ec;
+    auto const status = std::filesystem::status(path, ec);
+    if (std::filesystem::is_directory(status)) {
+        refuse(path, ", since a folder has that name");
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        refuse(path, ", since a pipe or a device has that name; give that of a WAV file");
     }
 }
 
 // The file layer follows no links, and makes files that are their owner's alone: a sound file is
 // there for all whom the user lets read files.
 void Recorder::prepare_file() {
+    check_path(_path);
     std::error_code ec;
+    bool const there_flag = std::filesystem::exists(_path, ec);
+    sys::UserPermissions const permissions;
+    if (int const err = sys::posix::NewFile::make(_path.c_str()); err == ENOENT) {
+        refuse(_path, ", since its folder is not there");
+    } else if (err != 0) {
+        refuse(_path, (there_flag ? " anew, since what is there may not be written: " : ": ") +
+                          std::generic_category().message(err));
+    }
     if (auto const target = std::filesystem::canonical(_path, ec); !ec) {
         _path = target;
     }
-    sys::UserPermissions const permissions;
-    std::ofstream(_path, std::ios::app);
 }
 
 Recorder::~Recorder() {
@@ -47,14 +72,9 @@ Recorder::~Recorder() {
     }
 }
 
-bool Recorder::push(float const* const* chn_arr, long len) {
+long Recorder::push(float const* const* chn_arr, long len) {
     int const nbr_chn = _format.nbr_chn;
-    sacc::SplCacheIteratorWrite it;
-    _cache.use_cache().push_data(_file_id, len, it);
-    long done = 0;
-    for (; it.is_rem_elt(); it.iterate()) {
-        float* const dst = it.use_cell().use_data() + it.get_data_pos_cell() * nbr_chn;
-        long const part_len = it.get_data_len();
+    return fill(len, [=](float* dst, long done, long part_len) {
         if (nbr_chn == 2) {
             dsp::BasicMixing::copy_2_2i(dst, chn_arr[0] + done, chn_arr[1] + done, part_len);
         } else {
@@ -62,20 +82,40 @@ bool Recorder::push(float const* const* chn_arr, long len) {
                 dsp::BasicMixing::copy_1_ni1(dst + chn, chn_arr[chn] + done, part_len, nbr_chn);
             }
         }
+    });
+}
+
+long Recorder::push_silence(long len) {
+    return fill(len, [this](float* dst, long, long part_len) {
+        std::fill_n(dst, part_len * _format.nbr_chn, 0.f);
+    });
+}
+
+// fnc fills a part of a cell: where, the frames before it, and its own.
+template <class F>
+long Recorder::fill(long len, F fnc) {
+    sacc::SplCacheIteratorWrite it;
+    _cache.use_cache().push_data(_file_id, len, it);
+    long done = 0;
+    for (; it.is_rem_elt(); it.iterate()) {
+        float* const dst = it.use_cell().use_data() + it.get_data_pos_cell() * _format.nbr_chn;
+        long const part_len = it.get_data_len();
+        fnc(dst, done, part_len);
         done += part_len;
     }
     _nbr_pushed += done;
-    return done == len;
+    return done;
 }
 
-// Only whole cells have been written.
-void Recorder::validate(long long nbr_frames) {
+long long Recorder::validate(long long nbr_frames) {
     check_blocks();
     if (_cache.use_cache().validate_new_data(_file_id) != 0) {
         throw Error(Error::Kind_IO, _path + ": writing failed");
     }
     long const cell_len = _cache.get_size().cell_len / _format.nbr_chn;
-    check_size(nbr_frames / cell_len * cell_len);
+    long long const nbr_written = nbr_frames / cell_len * cell_len;
+    check_size(nbr_written);
+    return nbr_written;
 }
 
 // The last, partly filled cell is written on closing: the file's size tells whether it was.
@@ -99,7 +139,14 @@ void Recorder::check_blocks() const {
 void Recorder::check_size(long long nbr_frames) const {
     std::error_code ec;
     auto const size = std::filesystem::file_size(_path, ec);
-    if (ec || static_cast<long long>(size) < header_len + nbr_frames * _format.get_frame_len()) {
+    if (ec == std::errc::no_such_file_or_directory) {
+        throw Error(Error::Kind_IO, _path + ": is not there any more: it was renamed or deleted "
+                                            "while it was written");
+    }
+    if (ec) {
+        throw Error(Error::Kind_IO, _path + ": " + ec.message());
+    }
+    if (static_cast<long long>(size) < header_len + nbr_frames * _format.get_frame_len()) {
         throw Error(Error::Kind_IO, _path + ": cannot be written; is the disk full?");
     }
 }

@@ -230,7 +230,7 @@ void Renderer::deliver_to(Output& output, float* const* chn_arr, long skip, long
     for (int chn = 0; chn < _session.nbr_chn; ++chn) {
         part_arr[chn] = chn_arr[chn] + skip;
     }
-    if (output.recorder != nullptr && !output.recorder->push(part_arr, len - skip)) {
+    if (output.recorder != nullptr && output.recorder->push(part_arr, len - skip) < len - skip) {
         throw Error(Error::Kind_IO, output.path + ": no memory left for what is to be written");
     }
     if (output.listener) {

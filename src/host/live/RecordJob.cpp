@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <chrono>
 #include <cmath>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -20,7 +22,9 @@ using Clock = std::chrono::steady_clock;
 using engine::CacheService;
 
 constexpr double memory_time = 10; // s, for which the disk may rest
-constexpr long cell_len = 8192;    // floats
+// s; what is in a cell that is not full yet is lost when the power goes
+constexpr double max_cell_time = 0.1;
+constexpr long max_silence_len = 65536; // floats within a callback
 constexpr auto validate_period = std::chrono::seconds(1);
 constexpr auto slice_period = std::chrono::milliseconds(5);
 
@@ -36,12 +40,16 @@ public:
 private:
     CacheService::Size find_cache_size() const;
     void push(float const* const* chn_arr, long len);
+    void pay();
+    void pay_all();
     RecordJob::View find_view();
     bool is_full();
     void stop();
     template <class F>
     void guard(F fnc);
     void write();
+    void validate(long long nbr_settled);
+    void sync();
 
     RecordJob::Settings const& _settings;
     double _sample_freq;
@@ -49,11 +57,13 @@ private:
     bool _wished_len_flag = false; // that is what was asked for, and not what a file can hold
     CacheService _cache;
     engine::Recorder _recorder;
+    sys::posix::FileSync _sync;
     // The real-time side's: for others within a pass.
-    long long _nbr_frames = 0;
-    long long _nbr_lost = 0;
-    Peaks _peaks{};     // since the last look
-    Peaks _max_peaks{}; // of all
+    long long _nbr_frames = 0; // that came in
+    long long _nbr_owed = 0;   // of these, found no memory; silence goes in before what comes next
+    GapList _gaps;             // silence that went in
+    Peaks _peaks{};            // since the last look
+    Peaks _max_peaks{};        // of all
     PassTimes _times;
     std::optional<bool> _real_time;
     std::unique_ptr<Device> _device; // its callback ends before the rest
@@ -62,8 +72,14 @@ private:
     std::atomic<bool> _stop_flag = false;
     std::atomic<bool> _failed_flag = false; // _failure is set
     std::optional<Error> _failure;          // of the file; others' behind the thread's end
-    long long _nbr_written = 0;             // frames for which the file has been found good
+    long long _nbr_written = 0;             // frames that are on the disk
 };
+
+// Floats: a power of two, for any number of channels.
+long find_cell_len(double sample_freq, int nbr_chn) {
+    double const most = std::clamp(max_cell_time * sample_freq * nbr_chn, 64., 65536.);
+    return static_cast<long>(std::bit_floor(static_cast<unsigned long>(most)));
+}
 
 Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
     : _settings(settings)
@@ -72,6 +88,10 @@ Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
     , _cache(find_cache_size())
     , _recorder(_cache, settings.path, {settings.bit_fmt, _sample_freq, settings.nbr_chn})
     , _device(std::move(device)) {
+    if (int const err = _sync.open(_recorder.get_path()); err != 0) {
+        throw Error(Error::Kind_IO,
+                    settings.path + ": cannot be opened: " + std::generic_category().message(err));
+    }
     render::OutputFormat const format = {settings.bit_fmt, _sample_freq, settings.nbr_chn};
     constexpr long long header_room = 1024;
     long long const most = (settings.max_file_len - header_room) / format.get_frame_len();
@@ -80,6 +100,7 @@ Run::Run(RecordJob::Settings const& settings, std::unique_ptr<Device>&& device)
 }
 
 CacheService::Size Run::find_cache_size() const {
+    long const cell_len = find_cell_len(_sample_freq, _settings.nbr_chn);
     double const nbr_floats = memory_time * _sample_freq * _settings.nbr_chn;
     return {cell_len, (static_cast<long>(nbr_floats) / cell_len + 3) * cell_len, cell_len};
 }
@@ -89,18 +110,42 @@ void Run::push(float const* const* chn_arr, long len) {
     TimedPass const pass(_cache, _times, static_cast<double>(len) / _sample_freq);
     long const part = static_cast<long>(std::clamp<long long>(_max_len - _nbr_frames, 0, len));
     if (part > 0) {
-        _recorder.push(chn_arr, part);
+        pay();
+        _nbr_owed += part - (_nbr_owed > 0 ? 0 : _recorder.push(chn_arr, part));
         _nbr_frames += part;
-        _nbr_lost = _nbr_frames - _recorder.get_nbr_pushed();
         Levels::add(_peaks, chn_arr, _settings.nbr_chn, part);
         Levels::add(_max_peaks, _peaks);
     }
 }
 
+// As far as there is room, and within a bound. real-time
+void Run::pay() {
+    if (_nbr_owed > 0) {
+        long long const pos = _recorder.get_nbr_pushed();
+        long const most = max_silence_len / _settings.nbr_chn;
+        long const len =
+            _recorder.push_silence(static_cast<long>(std::min<long long>(_nbr_owed, most)));
+        _gaps.add(pos, len);
+        _nbr_owed -= len;
+    }
+}
+
+// What is owed when all is over.
+void Run::pay_all() {
+    _cache.run_slices();
+    while (_nbr_owed > 0) {
+        {
+            CacheService::Pass const pass(_cache);
+            pay();
+        }
+        _cache.run_slices();
+    }
+}
+
 RecordJob::View Run::find_view() {
     CacheService::Pass const pass(_cache);
-    return {static_cast<double>(_nbr_frames - _nbr_lost) / _sample_freq, std::exchange(_peaks, {}),
-            _nbr_lost, _device->get_nbr_xruns()};
+    return {static_cast<double>(_nbr_frames) / _sample_freq, std::exchange(_peaks, {}),
+            _gaps.get_nbr_frames() + _nbr_owed, _device->get_nbr_xruns()};
 }
 
 void Run::record(RecordJob::Watch const& watch) {
@@ -144,12 +189,23 @@ void Run::write() {
             nbr_settled = nbr_pushed;
             std::this_thread::sleep_for(slice_period);
         }
-        if (Clock::now() >= next_validation) {
-            _recorder.validate(nbr_settled);
-            _nbr_written = nbr_settled;
-            sys::posix::FileSync::sync_data(_settings.path.c_str()); // where it can be done
-            next_validation = Clock::now() + validate_period;
+        if (auto const now = Clock::now(); now >= next_validation) {
+            validate(nbr_settled);
+            next_validation = now + validate_period;
         }
+    }
+}
+
+void Run::validate(long long nbr_settled) {
+    long long const nbr_frames = _recorder.validate(nbr_settled);
+    sync();
+    _nbr_written = nbr_frames;
+}
+
+void Run::sync() {
+    if (int const err = _sync.sync(); err != 0) {
+        throw Error(Error::Kind_IO, _settings.path + ": cannot be brought to the disk: " +
+                                        std::generic_category().message(err));
     }
 }
 
@@ -166,8 +222,9 @@ RecordJob::Result Run::close() {
     stop();
     if (!_failure) {
         guard([this] {
-            _cache.run_slices();
+            pay_all();
             _recorder.close();
+            sync();
             _nbr_written = _recorder.get_nbr_pushed();
         });
     }
@@ -175,7 +232,9 @@ RecordJob::Result Run::close() {
     result.device = _device->get_name();
     result.sample_freq = _sample_freq;
     result.nbr_frames = _nbr_written;
-    result.nbr_lost = _nbr_frames - _nbr_written;
+    result.gaps = _gaps;
+    result.gaps.cut(_nbr_written);
+    result.nbr_lost = _nbr_frames - _nbr_written + result.gaps.get_nbr_frames();
     result.nbr_xruns = _device->get_nbr_xruns();
     result.peaks = _max_peaks;
     result.times = _times;
@@ -193,6 +252,7 @@ RecordJob::Result Run::close() {
 } // namespace
 
 RecordJob::Result RecordJob::run(Settings const& settings, Open const& open, Watch const& watch) {
+    engine::Recorder::check_path(settings.path);
     Device::Settings wish;
     wish.name = settings.device;
     wish.sample_freq = settings.sample_freq;

@@ -2,6 +2,7 @@
 
 #include "host/Error.h"
 #include "host/live/Device.h"
+#include "host/live/GapList.h"
 #include "host/live/Levels.h"
 #include "host/live/PassTimes.h"
 #include "ulk/sacc/SplFileBitFmt.h"
@@ -15,7 +16,8 @@
 namespace ulk::host::live {
 
 // What a device hears, written into a WAV file through the recording side of a sample cache. Each
-// second the file's headers are brought up to date, and all of it to the disk. Control side.
+// second the file's headers are brought up to date, and all of it to the disk. What the disk is too
+// slow for is silence in the file, so that all behind it lies in its place. Control side.
 class RecordJob {
 public:
     struct Settings {
@@ -32,8 +34,9 @@ public:
     struct Result {
         std::string device;
         double sample_freq = 0;
-        long long nbr_frames = 0; // in the file
-        long long nbr_lost = 0;   // frames for which the disk was too slow
+        long long nbr_frames = 0; // that are in the file for sure, silence included
+        long long nbr_lost = 0;   // frames that came in and are not there
+        GapList gaps;             // silence that stands for them
         long nbr_xruns = 0;
         Peaks peaks{};
         PassTimes times;
@@ -44,7 +47,7 @@ public:
     };
     // How it stands.
     struct View {
-        double time;        // s that are recorded
+        double time;        // s since it began
         Peaks peaks;        // since the last time
         long long nbr_lost; // frames
         long nbr_xruns;

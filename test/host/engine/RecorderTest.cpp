@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <random>
 
 using namespace ulk::host::engine;
@@ -46,7 +47,7 @@ protected:
             }
             {
                 CacheService::Pass const pass(_cache);
-                if (!recorder.push(ptr_arr.data(), len)) {
+                if (recorder.push(ptr_arr.data(), len) != len) {
                     return false;
                 }
             }
@@ -94,6 +95,20 @@ protected:
         return false;
     }
 
+    // The text of the error with which a file of that name is refused.
+    std::string find_refusal(std::string const& path) {
+        std::string txt;
+        EXPECT_TRUE(fails([&] {
+            try {
+                Recorder(_cache, path, {SplFileBitFmt_F32, 48000, 1});
+            } catch (Error const& e) {
+                txt = e.what();
+                throw;
+            }
+        }));
+        return txt;
+    }
+
     test::TempDir _dir;
     std::string _path = _dir.make_name("take.wav");
     CacheService _cache{{4 * cell_len, 16 * cell_len, cell_len}};
@@ -129,9 +144,9 @@ TEST_F(RecorderTest, ACopyAtAnyTimeIsReadable) {
     long done = 0;
     for (long const end : {100L, 600L, 3000L, 9000L}) {
         ASSERT_TRUE(push(recorder, channels, done, end));
-        recorder.validate(recorder.get_nbr_pushed());
+        auto const whole = static_cast<std::size_t>(recorder.validate(recorder.get_nbr_pushed()));
+        EXPECT_EQ(static_cast<std::size_t>(end / (cell_len / 2) * (cell_len / 2)), whole);
         std::filesystem::copy_file(_path, copy, std::filesystem::copy_options::overwrite_existing);
-        auto const whole = static_cast<std::size_t>(end / (cell_len / 2) * (cell_len / 2));
         expect_same(channels, read(copy), whole, 0x1p-22);
         done = end;
     }
@@ -139,10 +154,54 @@ TEST_F(RecorderTest, ACopyAtAnyTimeIsReadable) {
     expect_same(channels, read(_path), 9000, 0x1p-22);
 }
 
+TEST_F(RecorderTest, SilenceGoesWhereItIsPushed) {
+    for (auto const bit_fmt : {SplFileBitFmt_U8, SplFileBitFmt_S24}) {
+        auto const channels = make_noise(2, 3000);
+        Recorder recorder(_cache, _path, {bit_fmt, 48000, 2});
+        ASSERT_TRUE(push(recorder, channels, 0, 1500));
+        {
+            CacheService::Pass const pass(_cache);
+            EXPECT_EQ(2000, recorder.push_silence(2000));
+        }
+        ASSERT_TRUE(push(recorder, channels, 1500, 3000));
+        recorder.close();
+        auto wish = channels;
+        for (auto& channel : wish) {
+            channel.insert(channel.begin() + 1500, 2000, 0.f);
+        }
+        expect_same(wish, read(_path), 5000, 0x1.1p-7);
+    }
+}
+
 TEST_F(RecorderTest, FolderThatIsNotThere) {
-    EXPECT_TRUE(fails([&] {
-        Recorder(_cache, _dir.make_name("no folder/take.wav"), {SplFileBitFmt_F32, 48000, 1});
-    }));
+    EXPECT_EQ(_dir.make_name("no folder/take.wav") +
+                  ": cannot be made, since its folder is not there",
+              find_refusal(_dir.make_name("no folder/take.wav")));
+}
+
+TEST_F(RecorderTest, FilesThatMayNotBeWritten) {
+    test::FileFault fault;
+    fault.fail_at(1, EACCES, test::FileFault::SysCall::Op_OPEN);
+    EXPECT_EQ(_path + ": cannot be made: Permission denied", find_refusal(_path));
+    std::ofstream(_path) << "kept";
+    fault.fail_at(fault.get_nbr_calls() + 1, EACCES, test::FileFault::SysCall::Op_OPEN);
+    EXPECT_EQ(_path + ": cannot be made anew, since what is there may not be written: Permission "
+                      "denied",
+              find_refusal(_path));
+    EXPECT_EQ(4u, std::filesystem::file_size(_path));
+    Recorder const other(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
+    EXPECT_EQ(_path + ": cannot be made; does another program write it?", find_refusal(_path));
+}
+
+// By a link to a file that is not there yet, too.
+TEST_F(RecorderTest, LinksAreFollowed) {
+    std::filesystem::create_symlink("target.wav", _path);
+    for (int trial = 0; trial < 2; ++trial) {
+        Recorder recorder(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
+        recorder.close();
+        EXPECT_TRUE(std::filesystem::is_symlink(_path));
+        EXPECT_EQ(44u, std::filesystem::file_size(_dir.make_name("target.wav")));
+    }
 }
 
 TEST_F(RecorderTest, MoreThanTheMemoryHoldsIsTold) {
@@ -150,7 +209,9 @@ TEST_F(RecorderTest, MoreThanTheMemoryHoldsIsTold) {
     Recorder recorder(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
     float const* const chn_arr[] = {channels[0].data()};
     CacheService::Pass const pass(_cache);
-    EXPECT_FALSE(recorder.push(chn_arr, 17 * cell_len));
+    EXPECT_EQ(16 * cell_len, recorder.push(chn_arr, 17 * cell_len));
+    EXPECT_EQ(0, recorder.push_silence(1));
+    EXPECT_EQ(16 * cell_len, recorder.get_nbr_pushed());
 }
 
 // Whatever the disk refuses, and whenever, it is told, and the file stays one that can be read.

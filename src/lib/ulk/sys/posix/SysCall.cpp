@@ -145,6 +145,10 @@ int SysCall::sync_data(int fd) {
     return run(Op_SYNC, [=] { return ::fdatasync(fd); });
 }
 
+int SysCall::sync_all(int fd) {
+    return run(Op_SYNC, [=] { return ::fsync(fd); });
+}
+
 int SysCall::lock_exclusive(int fd) {
     return run(Op_LOCK, [=] { return ::flock(fd, LOCK_EX | LOCK_NB); });
 }

@@ -70,6 +70,7 @@ public:
     static archi::Int64 get_pos(int fd);
     static int set_len(int fd, archi::Int64 len);
     static int sync_data(int fd);      // not the dates
+    static int sync_all(int fd);       // of folders too
     static int lock_exclusive(int fd); // advisory, fails if another open file has the lock
     static void set_creation_mask(unsigned int mask);
 
