@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -135,4 +136,20 @@ TEST_F(PlayCommandTest, RecordsAsLongAsAsked) {
     EXPECT_TRUE(report["failure"].is_null());
     EXPECT_FALSE(report["full"]);
     EXPECT_TRUE(report.contains("waits"));
+    EXPECT_TRUE(report["gaps"].empty());
+    EXPECT_EQ(0, report["gap_count"]);
+}
+
+TEST_F(PlayCommandTest, RefusesToRecordIntoWhatIsNoFile) {
+    for (auto const& [path, reason] : {std::pair{"pipe.wav", "a pipe or a device has that name"},
+                                       {"/dev/null", "a pipe or a device has that name"},
+                                       {"samples", "a folder has that name"},
+                                       {"none/take.wav", "its folder is not there"}}) {
+        ::mkfifo((dir.get_path() / "pipe.wav").c_str(), 0600);
+        auto const refused = run(std::string("record --device none --length 0.2 ") + path);
+        EXPECT_EQ(4, refused.code) << path;
+        EXPECT_NE(std::string::npos,
+                  refused.err.find(std::string(path) + ": cannot be made, since " + reason))
+            << refused.err;
+    }
 }

@@ -1,8 +1,11 @@
-// tessitone play on a terminal: its keys, its line, its signals, and how it leaves the terminal.
+// tessitone play and record on a terminal: keys, the line, signals, and how they leave the
+// terminal.
 
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sndfile.h>
 
 #include <chrono>
 #include <csignal>
@@ -109,11 +112,35 @@ protected:
     // Goes round until it is told to stop.
     std::string make_play(std::string const& before,
                           std::string const& args = "--loop 0 1 03_rates_and_pitches.toml") const {
-        return "ulimit -c 0; cd '" + _dir.get_path().string() + "' && " + before +
-               " " BUILD_DIR "/tessitone play --device none " + args;
+        return make_line(before, "play --device none " + args);
+    }
+    std::string make_record() const {
+        return make_line("exec", "record take.wav --device none --json >report.json");
+    }
+    // Frames of the take, -1 for a file that does not open.
+    long long count_frames() const {
+        SF_INFO info = {};
+        SNDFILE* const file = sf_open((_dir.get_path() / "take.wav").c_str(), SFM_READ, &info);
+        sf_close(file);
+        return file != nullptr ? info.frames : -1;
+    }
+    // What came out is a whole take that ended well, of more than two seconds.
+    void expect_whole_take() const {
+        std::ifstream stream(_dir.get_path() / "report.json");
+        auto const report = nlohmann::json::parse(stream);
+        EXPECT_GE(report["frames"], 2 * 48000);
+        EXPECT_EQ(report["frames"], count_frames());
+        EXPECT_EQ(0, report["lost_frames"]);
+        EXPECT_TRUE(report["failure"].is_null());
+        EXPECT_EQ(44 + 6 * count_frames(), fs::file_size(_dir.get_path() / "take.wav"));
     }
 
 private:
+    std::string make_line(std::string const& before, std::string const& args) const {
+        return "ulimit -c 0; cd '" + _dir.get_path().string() + "' && " + before +
+               " " BUILD_DIR "/tessitone " + args;
+    }
+
     test::TempDir _dir;
 };
 
@@ -202,4 +229,36 @@ TEST_F(TerminalTest, ASignalThatWasIgnoredStaysSo) {
     EXPECT_TRUE(pty.is_running());
     pty.type("q");
     EXPECT_TRUE(WIFEXITED(pty.wait()));
+}
+
+TEST_F(TerminalTest, KeysEndATakeThatIsWhole) {
+    for (std::string const key : {"q", "\x03"}) {
+        Pty pty(make_record());
+        ASSERT_TRUE(pty.is_shown("recording 0:02.5")) << pty.get_out();
+        EXPECT_FALSE(pty.has_echo());
+        pty.type(key);
+        EXPECT_TRUE(WIFEXITED(pty.wait())) << pty.get_out();
+        EXPECT_TRUE(pty.has_echo());
+        expect_whole_take();
+    }
+}
+
+TEST_F(TerminalTest, SignalsEndATakeThatIsWhole) {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        Pty pty(make_record());
+        ASSERT_TRUE(pty.is_shown("recording 0:02.5")) << pty.get_out();
+        pty.send(signal);
+        EXPECT_TRUE(WIFEXITED(pty.wait())) << pty.get_out();
+        EXPECT_TRUE(pty.has_echo());
+        expect_whole_take();
+    }
+}
+
+TEST_F(TerminalTest, AKilledTakeHasAllButTheLastSecond) {
+    Pty pty(make_record());
+    ASSERT_TRUE(pty.is_shown("recording 0:03.5")) << pty.get_out();
+    pty.send(SIGKILL);
+    int const status = pty.wait();
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    EXPECT_GE(count_frames(), static_cast<long long>((3.5 - 1.2) * 48000));
 }
