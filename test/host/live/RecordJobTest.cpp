@@ -113,6 +113,17 @@ protected:
             });
     }
     static bool watch_once(RecordJob::View const&) { return false; }
+    // Until it ends by itself.
+    static bool watch_long(RecordJob::View const& view) {
+        sleep(10);
+        return view.time < 20;
+    }
+    template <class F>
+    static void wait_for(F fnc) {
+        for (int trial = 0; trial < 2000 && !fnc(); ++trial) {
+            sleep(10);
+        }
+    }
     auto find_size() const { return std::filesystem::file_size(settings.path); }
     template <class F>
     static std::string find_error(F fnc) {
@@ -224,10 +235,10 @@ TEST_F(LiveRecordTest, ATenthOfASecondIsNotWritten) {
         long long nbr_found = 0;
         hear([&](SignalDevice& device) {
             device.hear(nbr_frames);
-            for (int trial = 0; trial < 1000 && nbr_found == 0; ++trial) {
-                sleep(20);
+            wait_for([&] {
                 nbr_found = Take(settings.path).info.frames;
-            }
+                return nbr_found > 0;
+            });
         });
         EXPECT_GE(static_cast<double>(nbr_found), static_cast<double>(nbr_frames) - c.freq / 10);
     }
@@ -257,14 +268,10 @@ TEST_F(LiveRecordTest, EachSecondIsBroughtToTheDisk) {
 }
 
 TEST_F(LiveRecordTest, ADiskThatFailsToSyncEndsTheTake) {
-    auto const watch = [](RecordJob::View const&) {
-        sleep(10);
-        return true;
-    };
     for (int const err : {EIO, ENOSPC, EDQUOT}) {
         FileFault fault;
         fault.fail_at(3, err, SysCall::Op_SYNC);
-        auto const result = run(watch);
+        auto const result = run(watch_long);
         ASSERT_TRUE(result.failure);
         EXPECT_EQ(settings.path + ": cannot be brought to the disk: " + std::strerror(err),
                   result.failure->what());
@@ -284,20 +291,16 @@ TEST_F(LiveRecordTest, TheLastSyncIsJudgedToo) {
 
 TEST_F(LiveRecordTest, AFileThatCanHoldNoMoreEndsTheTake) {
     settings.max_file_len = 100000;
-    auto const watch = [](RecordJob::View const&) {
-        sleep(10);
-        return true;
-    };
-    auto const result = run(watch);
+    auto const result = run(watch_long);
     EXPECT_TRUE(result.full_flag);
     EXPECT_FALSE(result.failure);
     EXPECT_EQ((100000 - 1024) / 6, result.nbr_frames);
     EXPECT_EQ(0, result.nbr_lost);
     EXPECT_EQ(44u + 6 * static_cast<std::uintmax_t>(result.nbr_frames), find_size());
     settings.len = 0.3; // all of which it can hold
-    EXPECT_FALSE(run(watch).full_flag);
+    EXPECT_FALSE(run(watch_long).full_flag);
     settings.len = 0.4;
-    EXPECT_TRUE(run(watch).full_flag);
+    EXPECT_TRUE(run(watch_long).full_flag);
 }
 
 // The report tells no frame that is not there.
@@ -306,15 +309,11 @@ TEST_F(LiveRecordTest, AFullDiskEndsTheTakeWithAReport) {
     long long nbr_heard = 0;
     auto const result = hear([&](SignalDevice& device) {
         device.hear(50000); // no number of cells
-        while (Take(settings.path).info.frames == 0) {
-            sleep(10);
-        }
+        wait_for([&] { return Take(settings.path).info.frames > 0; });
         fault.fail_at(1, ENOSPC, SysCall::Op_WRITE, FileFault::FOR_EVER);
         device.hear(50000);
         nbr_heard = device.get_nbr_heard();
-        while (!device.is_stopped()) {
-            sleep(10);
-        }
+        wait_for([&] { return device.is_stopped(); });
     });
     ASSERT_TRUE(result.failure);
     EXPECT_NE(nullptr, std::strstr(result.failure->what(), settings.path.c_str()));
@@ -329,12 +328,11 @@ TEST_F(LiveRecordTest, AFullDiskEndsTheTakeWithAReport) {
 
 TEST_F(LiveRecordTest, AFileThatIsGoneIsToldAsSuch) {
     std::string const moved = dir.make_name("moved.wav");
-    auto const result = run([&, nbr_calls = 0](RecordJob::View const&) mutable {
+    auto const result = run([&, nbr_calls = 0](RecordJob::View const& view) mutable {
         if (++nbr_calls == 5) {
             std::filesystem::rename(settings.path, moved);
         }
-        sleep(10);
-        return true;
+        return watch_long(view);
     });
     ASSERT_TRUE(result.failure);
     EXPECT_EQ(settings.path +
