@@ -228,7 +228,24 @@ void Player::wait_a_while() {
 }
 
 bool Player::run_slices() {
-    return _cache->use_cache().do_run_slice();
+    bool const more_flag = _cache->use_cache().do_run_slice();
+    look_at_cache();
+    return more_flag;
+}
+
+// Waits for slices, as whoever looks does: here, nothing else waits for that.
+void Player::look_at_cache() {
+    if (Clock::now() < _look_due) {
+        return;
+    }
+    _look_due = Clock::now() + look_period;
+    using sacc::SplCacheCell;
+    sacc::SplCacheStat stat;
+    _cache->use_cache().collect_statistics(stat);
+    CacheService::Pass const pass(*_cache);
+    _state.nbr_cells_full =
+        stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
+    _stat.max_cells_full = std::max(_stat.max_cells_full, _state.nbr_cells_full);
 }
 
 void Player::serve() {
@@ -238,16 +255,16 @@ void Player::serve() {
     prepare_cue();
     feed_all();
     load_jump();
-    look_at_cache();
+}
+
+Player::Slot* Player::find_sounding() {
+    CacheService::Pass const pass(*_cache);
+    return _current;
 }
 
 // What sounds comes first, the next cue last: on a disk with little time to spare it gets nothing.
 void Player::feed_all() {
-    Slot* sounding = nullptr;
-    {
-        CacheService::Pass const pass(*_cache);
-        sounding = _current;
-    }
+    Slot* const sounding = find_sounding();
     if (sounding != nullptr) {
         feed(*sounding, nullptr);
     }
@@ -270,21 +287,6 @@ void Player::feed(Slot& slot, Slot* sounding) {
             feed(*sounding, nullptr);
         }
     }
-}
-
-// The disk may hold this up, but none of those who ask how it stands.
-void Player::look_at_cache() {
-    if (Clock::now() < _look_due) {
-        return;
-    }
-    _look_due = Clock::now() + look_period;
-    using sacc::SplCacheCell;
-    sacc::SplCacheStat stat;
-    _cache->use_cache().collect_statistics(stat);
-    CacheService::Pass const pass(*_cache);
-    _state.nbr_cells_full =
-        stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FULL);
-    _stat.max_cells_full = std::max(_stat.max_cells_full, _state.nbr_cells_full);
 }
 
 void Player::remove_retired() {
@@ -393,7 +395,7 @@ void Player::prepare_round() {
         return;
     }
     Slot* const slot = make_deck(conv_len(_settings.loop->beg));
-    feed_all();
+    feed(*slot, find_sounding());
     CacheService::Pass const pass(*_cache);
     _next = slot;
     _jump_flag = false;

@@ -127,6 +127,7 @@ private:
     void load_jump();
     void prepare_round();
     void prepare_cue();
+    Slot* find_sounding(); // may be retired meanwhile, and is there until remove_retired()
     void feed_all();
     void feed(Slot& slot, Slot* sounding);
     void look_at_cache();
@@ -170,8 +171,9 @@ private:
     Clock::time_point _cue_due;                   // no other one before that
     Clock::time_point _deadline;                  // of that
     Clock::time_point _cue_feed_due;
-    Clock::time_point _look_due;                         // at the cache
     std::map<std::pair<int, int>, Deck::Loss> _loss_map; // of decks that are gone, by clip
+
+    Clock::time_point _look_due; // at the cache; the slice thread's
 
     // Of those who ask, under the mutex.
     std::mutex _wish_mutex;
