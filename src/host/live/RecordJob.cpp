@@ -24,7 +24,9 @@ using engine::CacheService;
 constexpr double memory_time = 10; // s, for which the disk may rest
 // s; what is in a cell that is not full yet is lost when the power goes
 constexpr double max_cell_time = 0.1;
-constexpr long max_silence_len = 65536; // floats within a callback
+// Silence within a callback, far more than comes in meanwhile: some microseconds.
+constexpr long max_silence_len = 65536; // floats
+constexpr long min_silence_ratio = 4;   // to the length of the callback
 constexpr auto validate_period = std::chrono::seconds(1);
 constexpr auto slice_period = std::chrono::milliseconds(5);
 
@@ -40,7 +42,7 @@ public:
 private:
     CacheService::Size find_cache_size() const;
     void push(float const* const* chn_arr, long len);
-    void pay();
+    void pay(long most);
     void pay_all();
     RecordJob::View find_view();
     bool is_full();
@@ -110,7 +112,7 @@ void Run::push(float const* const* chn_arr, long len) {
     TimedPass const pass(_cache, _times, static_cast<double>(len) / _sample_freq);
     long const part = static_cast<long>(std::clamp<long long>(_max_len - _nbr_frames, 0, len));
     if (part > 0) {
-        pay();
+        pay(std::max(max_silence_len / _settings.nbr_chn, min_silence_ratio * len));
         _nbr_owed += part - (_nbr_owed > 0 ? 0 : _recorder.push(chn_arr, part));
         _nbr_frames += part;
         Levels::add(_peaks, chn_arr, _settings.nbr_chn, part);
@@ -118,11 +120,10 @@ void Run::push(float const* const* chn_arr, long len) {
     }
 }
 
-// As far as there is room, and within a bound. real-time
-void Run::pay() {
+// As far as there is room. real-time
+void Run::pay(long most) {
     if (_nbr_owed > 0) {
         long long const pos = _recorder.get_nbr_pushed();
-        long const most = max_silence_len / _settings.nbr_chn;
         long const len =
             _recorder.push_silence(static_cast<long>(std::min<long long>(_nbr_owed, most)));
         _gaps.add(pos, len);
@@ -136,7 +137,7 @@ void Run::pay_all() {
     while (_nbr_owed > 0) {
         {
             CacheService::Pass const pass(_cache);
-            pay();
+            pay(max_silence_len / _settings.nbr_chn);
         }
         _cache.run_slices();
     }

@@ -161,26 +161,32 @@ TEST_F(LiveRecordTest, AWatchThatBlocksHoldsUpNoWriting) {
 
 // What is lost is silence in its place, and nothing slips: in the midst of the take and at its end.
 TEST_F(LiveRecordTest, WhatTheDiskIsTooSlowForIsSilence) {
-    for (int const nbr_chn : {1, 2, 5}) {
-        SCOPED_TRACE(nbr_chn);
-        settings.nbr_chn = nbr_chn;
+    struct Case {
+        int nbr_chn;
+        long block_len;
+    };
+    freq = 8000;
+    for (Case const& c : {Case{1, 256}, Case{2, 64}, Case{5, 1000}, Case{16, 8192}}) {
+        SCOPED_TRACE(c.nbr_chn);
+        settings.nbr_chn = c.nbr_chn;
+        block_len = c.block_len;
         StallingDisk disk;
         long long nbr_heard = 0;
         auto const result = hear([&](SignalDevice& device) {
             for (int const s : {11, 14, 22}) {
                 disk.stall(false);
-                for (int part = 0; part < 100; ++part) { // no faster than the disk
-                    device.hear(480);
-                    sleep(2);
+                for (int part = 0; part < 40; ++part) { // no faster than the disk
+                    device.hear(c.block_len);
+                    sleep(10);
                 }
                 disk.stall(true);
-                device.hear(s * 48000);
+                device.hear(s * 8000);
             }
             nbr_heard = device.get_nbr_heard();
             disk.stall(false);
         });
         EXPECT_EQ(nbr_heard, result.nbr_frames);
-        EXPECT_GT(result.nbr_lost, (11 + 14 + 22 - 3 * 10.5) * 48000);
+        EXPECT_GT(result.nbr_lost, (11 + 14 + 22 - 3 * 10.5) * 8000);
         EXPECT_GE(result.gaps.get_nbr_gaps(), 3);
         EXPECT_EQ(result.nbr_lost, result.gaps.get_nbr_frames());
         Take const take(settings.path);
