@@ -16,11 +16,13 @@ public:
     std::string get_name() const override { return _clock.get_name(); }
     double get_sample_freq() const override { return Material::freq; }
     long get_block_len() const override { return _clock.get_block_len(); }
-    void start(Callback const& callback) override { _clock.start(callback); }
     void stop() override { _clock.stop(); }
     bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _clock.get_nbr_xruns(); }
     std::optional<bool> is_real_time() override { return false; }
+
+protected:
+    void do_start(Callback const& callback) override { _clock.start(callback); }
 
 private:
     static Settings speed_up(Settings settings) {

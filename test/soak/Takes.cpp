@@ -37,8 +37,10 @@ public:
         }
     }
     ~SignalDevice() override { stop(); }
-    void start(Callback const& callback) override {
-        FastClock::start([this, callback](float const* const*, float* const*, long len) {
+
+protected:
+    void do_start(Callback const& callback) override {
+        FastClock::do_start([this, callback](float const* const*, float* const*, long len) {
             for (std::size_t chn = 0; chn < _chn_arr.size(); ++chn) {
                 for (long pos = 0; pos < len; ++pos) {
                     _chn_arr[chn][static_cast<std::size_t>(pos)] =

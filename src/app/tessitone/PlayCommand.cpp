@@ -125,12 +125,14 @@ void list_devices(Context const& context, bool json_flag) {
                         {"system", info.system},
                         {"outputs", info.nbr_out},
                         {"inputs", info.nbr_in},
-                        {"default", info.default_flag},
+                        {"plays_by_default", info.default_out_flag},
+                        {"records_by_default", info.default_in_flag},
                         {"rates", info.freq_arr}});
         if (!json_flag) {
-            std::printf("%s (%s): %d out, %d in%s%s\n", info.name.c_str(), info.system.c_str(),
+            std::printf("%s:%s: %d out, %d in%s%s%s\n", info.system.c_str(), info.name.c_str(),
                         info.nbr_out, info.nbr_in, print_rates(info).c_str(),
-                        info.default_flag ? ", default" : "");
+                        info.default_out_flag ? "; plays by default" : "",
+                        info.default_in_flag ? "; records by default" : "");
         }
     }
     if (json_flag) {

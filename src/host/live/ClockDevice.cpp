@@ -13,7 +13,7 @@ ClockDevice::~ClockDevice() {
     stop();
 }
 
-void ClockDevice::start(Callback const& callback) {
+void ClockDevice::do_start(Callback const& callback) {
     _callback = callback;
     _thread = std::thread([this] { run(); });
 }

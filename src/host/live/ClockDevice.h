@@ -12,6 +12,7 @@ namespace ulk::host::live {
 class ClockDevice : public Device {
 public:
     static constexpr char name[] = "none";
+    static constexpr char system[] = "silent";
 
     explicit ClockDevice(Settings const& settings);
     ~ClockDevice() override;
@@ -19,11 +20,13 @@ public:
     std::string get_name() const override { return name; }
     double get_sample_freq() const override { return _settings.sample_freq; }
     long get_block_len() const override { return _settings.block_len; }
-    void start(Callback const& callback) override;
     void stop() override;
     bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _nbr_xruns; }
     std::optional<bool> is_real_time() override;
+
+protected:
+    void do_start(Callback const& callback) override;
 
 private:
     void run();

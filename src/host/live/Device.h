@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/Error.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,14 +16,15 @@ public:
     // What there is.
     struct Info {
         std::string name;
-        std::string system; // ALSA, JACK and so on
+        std::string system; // ALSA, JACK, PulseAudio and so on
         int nbr_out = 0;    // channels
         int nbr_in = 0;
-        bool default_flag = false; // what the system takes unless it is told
-        std::vector<int> freq_arr; // Hz
+        bool default_out_flag = false; // what is played to unless another is asked for
+        bool default_in_flag = false;  // the same for recording
+        std::vector<int> freq_arr;     // Hz
     };
     struct Settings {
-        std::string name; // as a user gives it; empty for the default
+        std::string name; // or a part of it, with "SYSTEM:" before it or not; empty for the default
         double sample_freq = 48000;
         long block_len = 256; // a wish
         int nbr_out = 0;      // channels
@@ -36,7 +39,15 @@ public:
     virtual std::string get_name() const = 0;
     virtual double get_sample_freq() const = 0;
     virtual long get_block_len() const = 0; // as a rule
-    virtual void start(Callback const& callback) = 0;
+    // Throws an Error when the device does not.
+    void start(Callback const& callback) {
+        try {
+            do_start(callback);
+        } catch (std::runtime_error const& e) {
+            throw Error(Error::Kind_IO,
+                        "the sound device " + get_name() + " does not start: " + e.what());
+        }
+    }
     virtual void stop() = 0; // when all of it is heard
     // False when it is gone, from start() to stop(); to be asked some times a second.
     virtual bool is_alive() = 0;
@@ -48,6 +59,9 @@ public:
     static constexpr char priority_advice[] =
         "no real-time priority for the sound: other work may interrupt it. Grant rtprio to a group "
         "in /etc/security/limits.d, join it, log in again, and start the sound server anew.";
+
+protected:
+    virtual void do_start(Callback const& callback) = 0; // or throws std::runtime_error
 };
 
 // Where devices come from. Failures throw std::runtime_error.

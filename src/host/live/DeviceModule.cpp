@@ -34,12 +34,14 @@ std::vector<Device::Info> DeviceModule::list_devices() {
     if (_system != nullptr) {
         info_arr = _system->list_devices();
     }
-    info_arr.push_back({ClockDevice::name, "silent", max_nbr_chn, max_nbr_chn, false, {}});
+    info_arr.push_back(
+        {ClockDevice::name, ClockDevice::system, max_nbr_chn, max_nbr_chn, false, false, {}});
     return info_arr;
 }
 
 std::unique_ptr<Device> DeviceModule::open(Device::Settings const& settings) {
-    if (settings.name == ClockDevice::name) {
+    if (settings.name == ClockDevice::name ||
+        settings.name == std::string(ClockDevice::system) + ":" + ClockDevice::name) {
         return std::make_unique<ClockDevice>(settings);
     }
     if (_system == nullptr) {

@@ -1,25 +1,18 @@
 #pragma once
 
+#include "host/live/ServerProcess.h"
+
 #include <gtest/gtest.h>
 
 #include <jack/jack.h>
 
 #include <atomic>
 #include <chrono>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace test {
 
@@ -38,68 +31,27 @@ public:
         constexpr int nbr_trials = 3;
         for (int trial = 0; trial < nbr_trials && !_running_flag; ++trial) {
             end(SIGKILL);
-            launch();
+            _process.launch({"jackd", "--no-realtime", "-S", "-t", "10000", "-n", name, "-d",
+                             "dummy", "-r", "48000", "-p", "256"});
             wait_for_start();
         }
     }
-    ~JackServer() { end(SIGTERM); }
     JackServer(JackServer const&) = delete;
     JackServer& operator=(JackServer const&) = delete;
 
     bool is_running() const { return _running_flag; }
     // What it printed, when it does not run.
-    std::string read_output() const {
-        std::string txt(10000, '\0');
-        auto const len = ::pread(_output.get(), txt.data(), txt.size(), 0);
-        return txt.substr(0, len > 0 ? static_cast<std::size_t>(len) : 0);
-    }
-    void send(int signal) const { ::kill(_pid, signal); }
-    void end(int signal) {
-        if (_pid > 0) {
-            ::kill(_pid, signal);
-            ::waitpid(_pid, nullptr, 0);
-            _pid = -1;
-        }
-    }
+    std::string read_output() const { return _process.read_output(); }
+    void send(int signal) const { _process.send(signal); }
+    void end(int signal) { _process.end(signal); }
 
 private:
     static constexpr char name[] = "tessitone_test";
 
-    // A file that is open; locked, when it has a name.
-    class File {
-    public:
-        explicit File(std::string const& path)
-            : _fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-            ::flock(_fd, LOCK_EX);
-        }
-        File()
-            : _fd(::memfd_create("jackd", MFD_CLOEXEC)) {}
-        ~File() { ::close(_fd); }
-        File(File const&) = delete;
-        File& operator=(File const&) = delete;
-        int get() const { return _fd; }
-
-    private:
-        int _fd;
-    };
-
-    void launch() {
-        _pid = ::fork();
-        if (_pid == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no server
-            ::dup2(_output.get(), 1);
-            ::dup2(_output.get(), 2);
-            ::execlp("jackd", "jackd", "--no-realtime", "-S", "-t", "10000", "-n", name, "-d",
-                     "dummy", "-r", "48000", "-p", "256", nullptr);
-            ::perror("jackd");
-            ::_exit(127);
-        }
-    }
     void wait_for_start() {
         for (int trial = 0; trial < 100 && !_running_flag; ++trial) {
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            if (::waitpid(_pid, nullptr, WNOHANG) == _pid) {
-                _pid = -1;
+            if (_process.has_ended()) {
                 return;
             }
             jack_client_t* const client = jack_client_open("probe", JackNoStartServer, nullptr);
@@ -110,9 +62,8 @@ private:
         }
     }
 
-    File const _lock;
-    File const _output;
-    pid_t _pid = -1;
+    ServerProcess::File const _lock;
+    ServerProcess _process;
     bool _running_flag = false;
 };
 

@@ -1,43 +1,28 @@
 // Sound through a server, against what is rendered and what was sent.
 
 #include "host/Error.h"
-#include "host/engine/RenderRig.h"
-#include "host/live/DeviceModule.h"
 #include "host/live/JackServer.h"
-#include "host/live/Player.h"
 #include "host/live/RecordJob.h"
+#include "host/live/SoundRig.h"
 #include "support/CommandRun.h"
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
-#include <fstream>
-
 using namespace ulk::host;
 using test::JackClient;
 using test::JackServer;
-using test::RenderRig;
+using test::SoundRig;
 
 namespace {
 
 constexpr long block_len = 256;
 
-class JackTest : public ::testing::Test, public RenderRig {
+class JackTest : public ::testing::Test, public SoundRig {
 public:
     void SetUp() override {
         ASSERT_TRUE(server.is_running())
             << "jackd does not start; tools/setup installs it. It says:\n"
             << server.read_output();
-    }
-    template <class F>
-    static bool wait_for(F fnc) {
-        for (int trial = 0; trial < 2000; ++trial) {
-            if (fnc()) {
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
     }
     Channels make_noise(std::size_t len) {
         std::uniform_real_distribution<float> dist(-0.5f, 0.5f);
@@ -46,18 +31,6 @@ public:
             for (float& val : channel) {
                 val = dist(rng);
             }
-        }
-        return result;
-    }
-    Channels read(std::string const& path) {
-        ulk::sacc::SplFileHnd file;
-        EXPECT_EQ(0, file.open(file_mgr, path.c_str(), false));
-        auto const len = file.get_length();
-        std::vector<float> frames(2 * static_cast<std::size_t>(len));
-        EXPECT_EQ(0, file.read_block(frames.data(), 0, static_cast<long>(len)));
-        Channels result(2);
-        for (std::size_t k = 0; k < frames.size(); ++k) {
-            result[k % 2].push_back(frames[k]);
         }
         return result;
     }
@@ -99,6 +72,110 @@ TEST_F(JackTest, ListsTheServersDevice) {
     }));
 }
 
+TEST_F(JackTest, TheFirstSystemHasTheDevicesByDefault) {
+    JackClient client(Channels(2, {0.f}), 1);
+    auto const list = devices.list_devices();
+    auto const count = [&](auto is_so) { return std::count_if(list.begin(), list.end(), is_so); };
+    EXPECT_EQ(1, count([](auto const& info) { return info.default_out_flag; }));
+    EXPECT_EQ(1, count([](auto const& info) { return info.default_in_flag; }));
+    EXPECT_EQ(1, count([](auto const& info) {
+                  return info.system == "JACK" && info.name == "system" && info.default_out_flag &&
+                         info.default_in_flag;
+              }));
+    EXPECT_EQ(1, count([](auto const& info) { return info.name == "test"; }));
+}
+
+TEST_F(JackTest, DevicesThatComeAndGoDoNotDisturbTheList) {
+    std::atomic<bool> stop_flag = false;
+    std::thread others([&] {
+        while (!stop_flag) {
+            JackClient const client(Channels(2, {0.f}), 1);
+        }
+    });
+    for (int time = 0; time < 30; ++time) {
+        auto const list = devices.list_devices();
+        ASSERT_LE(2u, list.size());
+        EXPECT_EQ("system", list.front().name);
+        EXPECT_EQ("none", list.back().name);
+    }
+    stop_flag = true;
+    others.join();
+}
+
+// Of the clients the first ones have the name in part, or no input, or one channel.
+TEST_F(JackTest, ADeviceIsFoundByItsName) {
+    auto const port = [](jack_client_t* client, char const* name, unsigned long flags) {
+        jack_port_register(client, name, JACK_DEFAULT_AUDIO_TYPE, flags, 0);
+    };
+    std::vector<jack_client_t*> clients;
+    for (auto const& [name, nbr_in] :
+         {std::pair{"mixer 2", 2}, {"mixer 1", 1}, {"mixer", 2}, {"source", 0}, {"mono", 1}}) {
+        jack_client_t* const client = jack_client_open(name, JackNoStartServer, nullptr);
+        ASSERT_NE(nullptr, client);
+        for (int chn = 0; chn < nbr_in; ++chn) {
+            port(client, ("in" + std::to_string(chn)).c_str(), JackPortIsInput);
+        }
+        port(client, "out", JackPortIsOutput);
+        jack_activate(client);
+        clients.push_back(client);
+    }
+    auto const open = [&](std::string const& name) {
+        try {
+            return devices.open({name, 48000, block_len, 2, 0})->get_name();
+        } catch (Error const& e) {
+            return std::string(e.what());
+        }
+    };
+    std::string const end = "; \"tessitone devices\" lists what there is";
+    EXPECT_EQ("system", open(""));
+    EXPECT_EQ("system", open("JACK:"));
+    EXPECT_EQ("system", open("JACK:system"));
+    EXPECT_EQ("mixer", open("mixer"));
+    EXPECT_EQ("mixer", open("JACK:mixer"));
+    EXPECT_EQ("mixer 2", open("JACK:mix"));
+    EXPECT_EQ("mixer 2", open("ixer "));
+    EXPECT_EQ("none", open("none"));
+    EXPECT_EQ("none", open("silent:none"));
+    EXPECT_EQ("sound device source: has 0 output channels, and not 2" + end, open("source"));
+    EXPECT_EQ("sound device source: has 0 output channels, and not 2" + end, open("o"));
+    EXPECT_EQ("there is no sound device ALSA:mixer" + end, open("ALSA:mixer"));
+    EXPECT_EQ("there is no sound device nobody" + end, open("nobody"));
+    for (jack_client_t* const client : clients) {
+        jack_client_close(client);
+    }
+}
+
+TEST_F(JackTest, ADeviceThatDoesNotStartIsTold) {
+    auto const device = devices.open({"", 48000, block_len, 2, 0});
+    server.end(SIGKILL);
+    try {
+        device->start([](float const* const*, float* const*, long) {});
+        FAIL();
+    } catch (Error const& e) {
+        EXPECT_EQ(Error::Kind_IO, e.get_kind());
+        EXPECT_EQ(0u, std::string(e.what()).find("the sound device system does not start: "))
+            << e.what();
+    }
+}
+
+TEST_F(JackTest, OneChannelSoundsOnBothSides) {
+    settings.block_len = block_len;
+    session.nbr_chn = 1;
+    add_clip(add_track("one", 1), add_noise(1, 30000, 48000), 1);
+    Channels const mix = render();
+    auto const device = devices.open({"", 48000, block_len, 1, 0});
+    auto const player = make_player(*device);
+    JackClient client(Channels(2, {0.f}), 4 * 48000);
+    start(*device, *player);
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 0", "test:in0"); }));
+    ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 1", "test:in1"); }));
+    ASSERT_TRUE(wait_for([&] { return player->find_state().finished_flag; }));
+    device->stop();
+    client.close();
+    player->stop();
+    expect_heard({mix[0], mix[0]}, client.heard);
+}
+
 TEST_F(JackTest, ASessionComesOutOfItsPortsAsItRenders) {
     settings.block_len = block_len;
     int const track = add_track("one");
@@ -106,34 +183,20 @@ TEST_F(JackTest, ASessionComesOutOfItsPortsAsItRenders) {
     add_clip(track, add_noise(1, 60000, 48000), 1.2).fade_in = 0.3;
     Channels const mix = render();
     auto const device = devices.open({"", 48000, block_len, 2, 0});
-    live::Player::Settings live;
-    live.block_len = device->get_block_len();
-    ASSERT_EQ(block_len, live.block_len);
-    live::Player player(bundle, session, fact_arr, live);
+    ASSERT_EQ(block_len, device->get_block_len());
+    auto const player = make_player(*device);
     JackClient client(Channels(2, {0.f}), 6 * 48000);
-    player.start();
+    start(*device, *player);
     // The first second is silence: time to connect.
-    device->start([&](float const* const*, float* const* out_arr, long len) {
-        player.process(out_arr, len);
-    });
     ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 0", "test:in0"); }));
     ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 1", "test:in1"); }));
-    ASSERT_TRUE(wait_for([&] { return player.find_state().finished_flag; }));
+    ASSERT_TRUE(wait_for([&] { return player->find_state().finished_flag; }));
     EXPECT_TRUE(device->is_alive());
     device->stop();
     client.close();
-    player.stop();
-    EXPECT_EQ(0u, player.list_losses().size());
-    auto const is_sound = [](float val) { return val != 0; };
-    auto const wish = std::find_if(mix[0].begin(), mix[0].end(), is_sound) - mix[0].begin();
-    auto const& heard = client.heard;
-    auto const place = std::find_if(heard[0].begin(), heard[0].end(), is_sound) - heard[0].begin();
-    auto const len = static_cast<std::ptrdiff_t>(mix[0].size()) - wish;
-    ASSERT_LE(place + len, static_cast<std::ptrdiff_t>(heard[0].size()));
-    for (std::size_t chn = 0; chn < 2; ++chn) {
-        EXPECT_TRUE(
-            std::equal(mix[chn].begin() + wish, mix[chn].end(), heard[chn].begin() + place));
-    }
+    player->stop();
+    EXPECT_EQ(0u, player->list_losses().size());
+    expect_heard(mix, client.heard);
 }
 
 TEST_F(JackTest, ARecordingIsWhatWasSent) {
@@ -194,11 +257,7 @@ TEST_F(JackTest, AServerThatIsKilledEndsARecordingWithAMessageAndACompleteFile) 
 
 // As users meet it: the commands, in a shell that kills the server meanwhile.
 TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
-    std::ofstream(dir.get_path() / "song.toml")
-        << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";
-    std::filesystem::rename(
-        session.sample_arr[static_cast<std::size_t>(add_noise(2, 60 * 48000, 48000))].path,
-        dir.get_path() / "long.wav");
+    write_long_song();
     std::thread killer([this] {
         wait_for([this] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
         std::this_thread::sleep_for(std::chrono::seconds(3));
@@ -224,11 +283,7 @@ TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
 
 // It holds its clients, which must not wait for it for ever.
 TEST_F(JackTest, AServerThatHangsEndsTheCommandsWithAMessage) {
-    std::ofstream(dir.get_path() / "song.toml")
-        << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";
-    std::filesystem::rename(
-        session.sample_arr[static_cast<std::size_t>(add_noise(2, 60 * 48000, 48000))].path,
-        dir.get_path() / "long.wav");
+    write_long_song();
     test::CommandRun played;
     std::thread player(
         [&] { played = test::CommandRun::run(dir.get_path(), "play song.toml --json"); });
@@ -271,22 +326,17 @@ TEST_F(JackTest, AJumpToTheNextCueComesOutAsItRenders) {
     Channels const mix = render();
     JackClient client(Channels(2, {0.f}), 8 * 48000);
     auto const device = devices.open({"", 48000, block_len, 2, 0});
-    live::Player::Settings live;
-    live.block_len = device->get_block_len();
-    live::Player player(bundle, session, fact_arr, live);
-    player.start();
-    device->start([&](float const* const*, float* const* out_arr, long len) {
-        player.process(out_arr, len);
-    });
+    auto const player = make_player(*device);
+    start(*device, *player);
     ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 0", "test:in0"); }));
     ASSERT_TRUE(wait_for([&] { return client.connect("tessitone:outport 1", "test:in1"); }));
-    ASSERT_TRUE(wait_for([&] { return player.find_state().time > 2; }));
-    player.locate(*player.find_next_cue(2));
-    ASSERT_TRUE(wait_for([&] { return player.find_state().finished_flag; }));
+    ASSERT_TRUE(wait_for([&] { return player->find_state().time > 2; }));
+    player->locate(*player->find_next_cue(2));
+    ASSERT_TRUE(wait_for([&] { return player->find_state().finished_flag; }));
     device->stop();
     client.close();
-    player.stop();
-    EXPECT_TRUE(player.list_losses().empty());
+    player->stop();
+    EXPECT_TRUE(player->list_losses().empty());
     auto const is_sound = [](float val) { return val != 0; };
     auto const first = std::find_if(mix[0].begin(), mix[0].end(), is_sound);
     auto const place =
