@@ -12,6 +12,7 @@
 #include <fstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -30,11 +31,19 @@ constexpr int width = 40;
 // A shell's command on a terminal of its own.
 class Pty {
 public:
-    explicit Pty(std::string const& line) {
+    explicit Pty(std::string const& line)
+        : Pty({"/bin/sh", "-c", line}) {}
+    // A program and its arguments.
+    explicit Pty(std::vector<std::string> line) {
         winsize size = {24, width, 0, 0};
         _pid = ::forkpty(&_fd, nullptr, nullptr, &size);
         if (_pid == 0) {
-            ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+            std::vector<char*> arg_arr;
+            for (std::string& arg : line) {
+                arg_arr.push_back(arg.data());
+            }
+            arg_arr.push_back(nullptr);
+            ::execv(arg_arr[0], arg_arr.data());
             ::_exit(127);
         }
         _slave = ::open(::ptsname(_fd), O_RDWR | O_NOCTTY);
@@ -63,6 +72,14 @@ public:
             read_some();
         }
         return _out.find(txt) != std::string::npos;
+    }
+    template <class F>
+    bool comes_to(F is_so) {
+        auto const end = Clock::now() + std::chrono::seconds(20);
+        while (Clock::now() < end && !is_so()) {
+            read_some();
+        }
+        return is_so();
     }
     bool is_running() { return !_ended_flag && !reap(); }
     // The status of waitpid() once the command ended; -1 if it did not in time.
@@ -216,8 +233,91 @@ TEST_F(TerminalTest, PlaysInTheBackgroundWithoutKeys) {
     Pty pty(make_play("set -m;") + " & sleep 2; kill -INT $!; wait $!; echo END=$?.");
     ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
     EXPECT_TRUE(pty.has_echo());
-    EXPECT_TRUE(pty.is_shown("END=")) << pty.get_out();
+    ASSERT_TRUE(pty.is_shown("END=")) << pty.get_out();
     EXPECT_NE(-1, pty.wait());
+    // Nothing was lost, or a machine that had much to do was late.
+    std::string const& out = pty.get_out();
+    EXPECT_TRUE(out.find("END=0.") != out.npos || out.find("END=3.") != out.npos) << out;
+}
+
+// In between the terminal is the shell's, in a mode of its own.
+TEST_F(TerminalTest, KeysWorkAgainAfterAStop) {
+    Pty pty({"/bin/bash", "--norc", "--noprofile", "-i"});
+    pty.type(make_play("PS1=READY;") + "\n");
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(pty.is_shown("playing 0:")) << pty.get_out();
+        EXPECT_TRUE(pty.comes_to([&] { return !pty.has_echo(); }));
+        pty.type(" ");
+        ASSERT_TRUE(pty.is_shown("paused  0:")) << pty.get_out();
+        pty.type("\x1a");
+        ASSERT_TRUE(pty.is_shown("Stopped")) << pty.get_out();
+        pty.type("fg\n");
+        ASSERT_TRUE(pty.is_shown("paused  0:")) << pty.get_out();
+        pty.type(" ");
+    }
+    ASSERT_TRUE(pty.is_shown("playing 0:")) << pty.get_out();
+    pty.type("q");
+    ASSERT_TRUE(pty.is_shown("READY")) << pty.get_out();
+    pty.type("exit\n");
+    EXPECT_TRUE(WIFEXITED(pty.wait()));
+}
+
+TEST_F(TerminalTest, AStopLeavesTheTerminalAsItWas) {
+    Pty pty("set -m; " + make_play("") + "; echo STOPPED; sleep 100");
+    ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+    EXPECT_FALSE(pty.has_echo());
+    pty.type("\x1a");
+    ASSERT_TRUE(pty.is_shown("STOPPED")) << pty.get_out();
+    EXPECT_TRUE(pty.has_echo());
+}
+
+TEST_F(TerminalTest, KeysWorkOnceItIsBroughtToTheForeground) {
+    Pty pty({"/bin/bash", "--norc", "--noprofile", "-i"});
+    pty.type(make_play("PS1=READY;") + " &\n");
+    ASSERT_TRUE(pty.is_shown("playing 0:")) << pty.get_out();
+    pty.type("fg\n");
+    EXPECT_TRUE(pty.comes_to([&] { return !pty.has_echo(); }));
+    pty.type(" ");
+    EXPECT_TRUE(pty.is_shown("paused  0:")) << pty.get_out();
+    pty.type("q");
+    ASSERT_TRUE(pty.is_shown("READY")) << pty.get_out();
+    pty.type("exit\n");
+    EXPECT_TRUE(WIFEXITED(pty.wait()));
+}
+
+TEST_F(TerminalTest, ATerminalThatIsClosedMayTellSoTwice) {
+    for (int const signal : {SIGHUP, SIGTERM}) {
+        Pty pty(make_play("exec"));
+        ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+        for (int time = 0; time < 20; ++time) { // one that waits to be taken is as good as two
+            pty.send(signal);
+            ::usleep(500);
+        }
+        EXPECT_TRUE(WIFEXITED(pty.wait())) << pty.get_out();
+        EXPECT_TRUE(pty.has_echo());
+    }
+}
+
+TEST_F(TerminalTest, ACrashLeavesTheTerminalAsItWas) {
+    for (int const signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL}) {
+        Pty pty(make_play("exec"));
+        ASSERT_TRUE(pty.is_shown("playing")) << pty.get_out();
+        EXPECT_FALSE(pty.has_echo());
+        pty.send(signal);
+        int const status = pty.wait();
+        // A sanitizer reports it, and ends the process by itself.
+        EXPECT_TRUE(WIFSIGNALED(status) ? WTERMSIG(status) == signal : WEXITSTATUS(status) != 0)
+            << signal << ": " << status;
+        EXPECT_TRUE(pty.has_echo());
+    }
+}
+
+TEST_F(TerminalTest, APlugInThatCrashesLeavesTheTerminalAsItWas) {
+    Pty pty(make_play("sleep 0.2; exec", "--bundle " FAULTY_DIR "/sample_crash.so "
+                                         "03_rates_and_pitches.toml"));
+    int const status = pty.wait();
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) << status << pty.get_out();
+    EXPECT_TRUE(pty.has_echo());
 }
 
 TEST_F(TerminalTest, ASignalThatWasIgnoredStaysSo) {

@@ -6,7 +6,8 @@
 namespace ulk::sys {
 
 // Reads single keys of the terminal on standard input, without their echo, as long as the object
-// lives. Without a terminal, and in its background, there are none. One at a time.
+// lives. Without a terminal, and in its background, there are none. What stops or crashes the
+// process leaves the terminal as it was. One at a time.
 class KeyReader {
 public:
     enum Key : int { Key_NONE = -1, Key_LEFT = 256, Key_RIGHT, Key_HOME };
@@ -25,7 +26,6 @@ private:
     bool fill(int timeout_ms);
     int take();
 
-    bool _active_flag;
     std::array<unsigned char, 64> _buf{}; // what the terminal sent
     std::size_t _pos = 0;                 // of what is not yet taken
     std::size_t _end = 0;

@@ -26,7 +26,9 @@ void end_at_once(int signal) {
 
 void note_down(int signal) {
     asked_flag = 1;
-    handle(signal, &end_at_once);
+    if (signal == SIGINT) {
+        handle(signal, &end_at_once);
+    }
 }
 
 // As under nohup.

@@ -29,15 +29,16 @@ int find_key(unsigned char letter) {
 
 } // namespace
 
-KeyReader::KeyReader()
-    : _active_flag(TerminalMode::make_raw()) {}
+KeyReader::KeyReader() {
+    TerminalMode::make_raw();
+}
 
 KeyReader::~KeyReader() {
     TerminalMode::restore();
 }
 
 int KeyReader::read(double timeout) {
-    if (!_active_flag || !TerminalMode::is_in_foreground()) {
+    if (!TerminalMode::make_raw()) {
         ThreadMgr::sleep(timeout);
         return Key_NONE;
     }
