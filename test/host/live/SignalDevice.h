@@ -69,13 +69,6 @@ public:
     std::string get_name() const override { return "signal"; }
     double get_sample_freq() const override { return _settings.sample_freq; }
     long get_block_len() const override { return _settings.block_len; }
-    void start(Callback const& callback) override {
-        _callback = callback;
-        _thread = std::thread([this] {
-            _scenario(*this);
-            _done_flag = true;
-        });
-    }
     void stop() override {
         _stop_flag = true;
         if (_thread.joinable()) {
@@ -85,6 +78,15 @@ public:
     bool is_alive() override { return !_done_flag; } // gone when the scenario is over
     long get_nbr_xruns() const override { return 0; }
     std::optional<bool> is_real_time() override { return std::nullopt; }
+
+protected:
+    void do_start(Callback const& callback) override {
+        _callback = callback;
+        _thread = std::thread([this] {
+            _scenario(*this);
+            _done_flag = true;
+        });
+    }
 
 private:
     Settings _settings;
