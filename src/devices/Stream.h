@@ -1,0 +1,73 @@
+#pragma once
+
+#include "devices/Found.h"
+#include "host/live/Device.h"
+#include "ulk/sys/ThreadMgr.h"
+
+#include <atomic>
+#include <optional>
+#include <string>
+
+namespace ulk::devices {
+
+// An open stream, and all that its callback uses.
+class Stream {
+public:
+    Stream(Found const& found, host::live::Device::Settings const& settings);
+
+    host::live::Device::Settings const& use_settings() const { return _settings; }
+    void start(host::live::Device::Callback const& callback) {
+        _callback = callback;
+        _audio.startStream();
+    }
+    // Plays what is still on its way. JACK has nothing of that, and would wait for a dead server.
+    void close();
+    // The callback is not called again, whatever the system does.
+    void cut() {
+        while (_busy.test_and_set()) {
+            ulk::sys::ThreadMgr::yield();
+        }
+    }
+    bool is_running() const { return _audio.isStreamOpen() && _audio.isStreamRunning(); }
+    long get_nbr_xruns() const { return _nbr_xruns; }
+    long long get_nbr_frames() const { return _nbr_frames; }
+    // Asked once: the thread may end at any time.
+    std::optional<bool> is_real_time() {
+        if (!_real_time && _thread != 0) {
+            _real_time = ulk::sys::ThreadMgr::is_real_time(_thread);
+        }
+        return _real_time;
+    }
+
+private:
+    enum Answer : int { Answer_GO_ON, Answer_STOP, Answer_STOP_AT_ONCE };
+
+    bool has_jack() const { return _audio.getCurrentApi() == RtAudio::UNIX_JACK; }
+
+    // In a callback's thread nobody catches. What fails there is gone with PulseAudio; for others
+    // it may be an xrun, and the frames tell.
+    static void note_error(RtAudioError::Type type, std::string const& txt);
+
+    // real-time
+    static int call(void* out, void* in, unsigned len, double time, RtAudioStreamStatus status,
+                    void* self);
+    Answer process(float* out, float const* in, std::size_t len, RtAudioStreamStatus status);
+    // On the callback's thread, which has JACK's priority where it is JACK's. RtAudio would tell of
+    // it on the terminal.
+    void begin();
+
+    static thread_local Stream* current; // whose callback the thread runs
+
+    mutable RtAudio _audio;
+    host::live::Device::Settings _settings;
+    int _nbr_open; // outputs: one channel sounds on both sides
+    host::live::Device::Callback _callback;
+    std::atomic_flag _busy;  // with the callback; for good behind cut()
+    bool _gone_flag = false; // the callback's thread's
+    std::atomic<long> _nbr_xruns = 0;
+    std::atomic<long long> _nbr_frames = 0;
+    std::atomic<unsigned long> _thread = 0; // of the callback
+    std::optional<bool> _real_time;
+};
+
+} // namespace ulk::devices
