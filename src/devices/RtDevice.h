@@ -2,6 +2,7 @@
 
 #include "devices/Stream.h"
 #include "host/live/FrameWatch.h"
+#include "ulk/sys/ThreadMgr.h"
 
 #include <memory>
 #include <string>
@@ -38,7 +39,7 @@ public:
         if (_cut_flag) {
             return;
         }
-        _cut_flag = _hung_flag && _stream->is_running();
+        _cut_flag = !is_answering() && _stream->is_running();
         if (_cut_flag) {
             _stream->cut();
         } else {
@@ -50,6 +51,15 @@ protected:
     void do_start(Callback const& callback) override { _stream->start(callback); }
 
 private:
+    // Whether the system still asks for frames, as it turns out within a block, or some seconds.
+    bool is_answering() {
+        auto const seen = _stream->get_nbr_frames();
+        while (is_alive() && _stream->get_nbr_frames() == seen) {
+            ulk::sys::ThreadMgr::sleep(0.005);
+        }
+        return is_alive();
+    }
+
     std::string _name;
     std::unique_ptr<Stream> _stream;
     host::live::FrameWatch _watch;

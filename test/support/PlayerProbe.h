@@ -28,6 +28,11 @@ public:
         return player._cue != nullptr ? player._cue->from : -1;
     }
 
+    // Whether its first len frames are in memory.
+    static bool is_cue_loaded(Player& player, long len) {
+        return player._cue != nullptr && player._cue->deck->is_loaded(len);
+    }
+
     // Closes all files, behind stop() and list_losses(); whether nothing is left in the cache then.
     static bool clear(Player& player) {
         player._store.reset();

@@ -186,9 +186,11 @@ void NotePlayer::reserve_lists(long max_len) {
     constexpr std::size_t nbr_others = 8; // that start and end a note
     std::size_t const nbr_live = std::min<std::size_t>(_note_arr.size(), NotePlan::nbr_voices);
     std::size_t const nbr_evt = nbr_live * (nbr_others + 2 * static_cast<std::size_t>(max_len));
-    // Touched here, so that the real-time side meets no fresh page of memory.
-    auto const reserve = [](auto& list, std::size_t len) {
-        list.resize(len);
+    // What is used as a rule is touched, so that the real-time side meets no fresh page of memory.
+    constexpr std::size_t nbr_touched = 64; // of a voice
+    auto const reserve = [nbr_live](auto& list, std::size_t len) {
+        list.reserve(len);
+        list.resize(std::min(len, nbr_live * nbr_touched));
         list.clear();
     };
     _live_arr.reserve(nbr_live);

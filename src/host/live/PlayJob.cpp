@@ -141,6 +141,7 @@ void Run::play(PlayJob::Warn const& warn, PlayJob::Watch const& watch) {
         grant(watch({state, cue, _device->get_nbr_xruns()}), state);
     }
     fade_out();
+    tell(warn);
     _device->stop();
     _player->stop();
 }

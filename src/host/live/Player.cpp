@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <limits>
 #include <set>
 
 namespace ulk::host::live {
@@ -23,6 +24,7 @@ constexpr int nbr_decks = 2;                     // that sound or wait for it, b
 constexpr int files_at_once = 4;                 // to open, between looks at what sounds
 constexpr double cue_slack = 0.05; // s, that a cue lies behind where it plays to be the next one
 constexpr double back_slack = 1;   // s, that it lies before to be the one to go back to
+constexpr double round_time = 0.5; // s before its time that a round is handed over at the latest
 constexpr auto serve_period = std::chrono::milliseconds(20);
 constexpr auto slice_period = std::chrono::milliseconds(20); // each takes the lock once a cell
 constexpr auto cue_period = std::chrono::seconds(1);         // at least, between decks of cues
@@ -264,29 +266,38 @@ Player::Slot* Player::find_sounding() {
 
 // What sounds comes first, the next cue last: on a disk with little time to spare it gets nothing.
 void Player::feed_all() {
-    Slot* const sounding = find_sounding();
-    if (sounding != nullptr) {
-        feed(*sounding, nullptr);
-    }
+    feed_sounding();
     for (auto const& slot : _slot_arr) {
-        if (slot.get() != sounding && slot.get() != _cue) {
-            feed(*slot, sounding);
+        if (slot.get() != _cue) {
+            feed(*slot);
         }
     }
+    Slot* const sounding = find_sounding();
+    // The far end of what is asked for is on its way all the time.
     if (_cue != nullptr && Clock::now() >= _cue_feed_due &&
-        (sounding == nullptr || sounding->deck->is_loaded(conv_len(_settings.ahead)))) {
-        feed(*_cue, sounding);
+        (sounding == nullptr || sounding->deck->is_loaded(conv_len(_settings.ahead / 2)))) {
+        feed(*_cue);
         _cue_feed_due = Clock::now() + cue_feed_period;
     }
 }
 
-// Opening files may take long: what sounds does not wait for that.
-void Player::feed(Slot& slot, Slot* sounding) {
-    while (!slot.deck->feed(conv_len(_settings.ahead), files_at_once)) {
-        if (sounding != nullptr) {
-            feed(*sounding, nullptr);
-        }
+void Player::feed_sounding() {
+    if (Slot* const sounding = find_sounding(); sounding != nullptr) {
+        sounding->deck->feed(conv_len(_settings.ahead), std::numeric_limits<int>::max());
     }
+}
+
+// Opening files may take long: what sounds does not wait for that, nor do those who want something
+// else; the rest is opened later.
+void Player::feed(Slot& slot) {
+    while (!slot.deck->feed(conv_len(_settings.ahead), files_at_once) && !is_called()) {
+        feed_sounding();
+    }
+}
+
+bool Player::is_called() {
+    std::lock_guard const lock(_wish_mutex);
+    return _wish || _stop_flag;
 }
 
 void Player::remove_retired() {
@@ -330,6 +341,20 @@ Player::Slot* Player::make_deck(long long from) {
     return _slot_arr.back().get();
 }
 
+// Rather than a cue that nobody may want, where one more is too much.
+Player::Slot* Player::make_wanted_deck(long long from) {
+    try {
+        return make_deck(from);
+    } catch (Error const&) {
+        if (_cue == nullptr) {
+            throw;
+        }
+    }
+    remove(std::exchange(_cue, nullptr));
+    _cue_room_flag = false;
+    return make_deck(from);
+}
+
 void Player::take_wish() {
     std::optional<long long> wish;
     {
@@ -350,7 +375,7 @@ void Player::make_jump(long long from) {
     });
     bool const ready_flag = _cue != nullptr && _cue->from == from;
     try {
-        _loading = ready_flag ? std::exchange(_cue, nullptr) : make_deck(from);
+        _loading = ready_flag ? std::exchange(_cue, nullptr) : make_wanted_deck(from);
         _deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                        std::chrono::duration<double>(_settings.patience));
     } catch (Error const& e) {
@@ -384,21 +409,28 @@ void Player::load_jump() {
     remove(replaced);
 }
 
-// The next round of a loop stands ready long before it begins.
+// The next round of a loop stands ready long before it begins. It is handed over when its first
+// sounds are in memory, or shortly before its time.
 void Player::prepare_round() {
-    bool wanted_flag = false;
+    long long rest = -1; // frames
     {
         CacheService::Pass const pass(*_cache);
-        wanted_flag = _current != nullptr && _current->loop_flag && _next == nullptr;
+        if (_current != nullptr && _current->loop_flag && _next == nullptr) {
+            rest = _current->end - _current->deck->get_frame();
+        }
     }
-    if (!wanted_flag) {
+    if (rest < 0) {
         return;
     }
-    Slot* const slot = make_deck(conv_len(_settings.loop->beg));
-    feed(*slot, find_sounding());
-    CacheService::Pass const pass(*_cache);
-    _next = slot;
-    _jump_flag = false;
+    if (_round == nullptr) {
+        _round = make_wanted_deck(conv_len(_settings.loop->beg));
+        feed(*_round);
+    }
+    if (_round->deck->is_loaded(conv_len(_settings.barrier)) || rest < conv_len(round_time)) {
+        CacheService::Pass const pass(*_cache);
+        _next = std::exchange(_round, nullptr);
+        _jump_flag = false;
+    }
 }
 
 // Not while the disk is busy for a jump.
@@ -435,6 +467,7 @@ std::optional<double> Player::find_time() {
 }
 
 std::vector<Deck::Loss> Player::list_losses() {
+    _current = _next = _loading = _round = _cue = nullptr;
     while (!_slot_arr.empty()) {
         remove(_slot_arr.back().get());
     }

@@ -122,6 +122,7 @@ private:
     engine::CacheService::Size find_cache_size(engine::NotePlan const& plan);
     void find_cues();
     Slot* make_deck(long long from);
+    Slot* make_wanted_deck(long long from);
     void take_wish();
     void make_jump(long long from);
     void load_jump();
@@ -129,7 +130,9 @@ private:
     void prepare_cue();
     Slot* find_sounding(); // may be retired meanwhile, and is there until remove_retired()
     void feed_all();
-    void feed(Slot& slot, Slot* sounding);
+    void feed_sounding();
+    void feed(Slot& slot);
+    bool is_called();
     void look_at_cache();
     std::optional<double> find_time();
     void remove_retired();
@@ -167,6 +170,7 @@ private:
     std::vector<std::unique_ptr<Slot>> _slot_arr; // all there are
     Slot* _loading = nullptr;                     // waits for its data
     int _loading_wish = 0;                        // which one that is
+    Slot* _round = nullptr;                       // of a loop, that waits for its data
     Slot* _cue = nullptr;                         // of the next cue, or one that was it
     Clock::time_point _cue_due;                   // no other one before that
     Clock::time_point _deadline;                  // of that

@@ -103,6 +103,11 @@ public:
         return ret == 0 || ret == EEXIST;
     }
     std::size_t get_nbr_heard() const { return _nbr_heard; }
+    bool has_port(char const* pattern) const {
+        char const** const names = jack_get_ports(_client, pattern, nullptr, 0);
+        jack_free(static_cast<void*>(names));
+        return names != nullptr;
+    }
 
     Channels const sent;
     Channels heard;

@@ -58,6 +58,18 @@ public:
         }
     }
 
+    // Until both commands have been at work for some seconds of the server's time.
+    void wait_for_commands() const {
+        JackClient const client(Channels(1, {0.f}), 1);
+        EXPECT_TRUE(wait_for([&] {
+            return client.has_port("tessitone.*:outport 0") &&
+                   client.has_port("tessitone.*:inport 0") &&
+                   std::filesystem::exists(dir.get_path() / "take.wav");
+        }));
+        auto const end = client.get_nbr_heard() + 4 * 48000;
+        EXPECT_TRUE(wait_for([&] { return client.get_nbr_heard() > end; }));
+    }
+
     JackServer server;
     live::DeviceModule devices{BUILD_DIR};
 };
@@ -259,8 +271,7 @@ TEST_F(JackTest, AServerThatIsKilledEndsARecordingWithAMessageAndACompleteFile) 
 TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
     write_long_song();
     std::thread killer([this] {
-        wait_for([this] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
-        std::this_thread::sleep_for(std::chrono::seconds(3));
+        wait_for_commands();
         server.end(SIGKILL);
     });
     test::CommandRun recorded;
@@ -293,8 +304,7 @@ TEST_F(JackTest, AServerThatHangsEndsTheCommandsWithAMessage) {
         recorded =
             test::CommandRun::run(dir.get_path() / "recorder", "record ../take.wav --format f32");
     });
-    wait_for([this] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
-    std::this_thread::sleep_for(std::chrono::seconds(3));
+    wait_for_commands();
     server.send(SIGSTOP);
     player.join();
     recorder.join();

@@ -334,6 +334,49 @@ TEST_F(LivePlayerTest, AStartThatFailsIsTheEnd) {
     EXPECT_THROW(player->serve(), Error);
 }
 
+// Voices that ask for data at different times, so that something is on its way all the while.
+TEST_F(LivePlayerTest, ACueIsPrefetchedBesideManyVoices) {
+    session.track_arr.clear();
+    for (int voice = 0; voice < 14; ++voice) {
+        auto& clip = add_clip(add_track(std::to_string(voice)), add_noise(2, 400000, freq), 0);
+        clip.offset = 0.0137 * voice;
+        clip.pitch = 12;
+    }
+    add_clip(add_track("late"), add_noise(2, 60000, freq), 30);
+    session.cue_arr = {{"late", 30}};
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    player->start();
+    std::vector<std::vector<float>> block(2, std::vector<float>(block_len));
+    float* const chn_arr[] = {block[0].data(), block[1].data()};
+    while (player->find_state().time < 2) {
+        player->process(chn_arr, block_len);
+        std::this_thread::sleep_for(std::chrono::microseconds(block_len * 1000000 / 48000));
+    }
+    player->stop();
+    EXPECT_TRUE(live::PlayerProbe::is_cue_loaded(*player, 48000));
+}
+
+// Until then it would be silence that nobody counts.
+TEST_F(LivePlayerTest, ARoundIsHandedOverWithItsData) {
+    live.loop = Player::Loop{2.6, 2.9}; // not where it starts
+    live.from = 0.2;
+    settings.from = 2.6;
+    Channels const round = render();
+    player = std::make_unique<Player>(bundle, session, fact_arr, live);
+    settle();
+    // Nobody reads for the first second.
+    for (long pos = 0; pos < 48000; pos += block_len) {
+        player->serve();
+        play(block_len);
+    }
+    while (player->use_stat().nbr_jumps == 0) {
+        play(1);
+        settle();
+    }
+    Channels const played = play_on(14000, {block_len});
+    expect_same(round, 1, played, 0, 14000);
+}
+
 // Data that lies behind the cue alone, on a disk that does not answer any more when the key is hit.
 TEST_F(LivePlayerTest, ACueIsPrefetchedFromASlowDisk) {
     session.track_arr.clear();

@@ -94,8 +94,8 @@ protected:
                 CommandRun::run(dir.get_path() / "recorder", "record ../take.wav --format f32");
         });
         std::thread killer([&] {
-            wait_for([&] { return std::filesystem::exists(dir.get_path() / "take.wav"); });
-            std::this_thread::sleep_for(std::chrono::seconds(3));
+            // The take hears what is played.
+            wait_for([&] { return count_sounding("take.wav") > 2 * 2 * 48000; });
             server.send(signal);
             signal_time = std::chrono::steady_clock::now();
         });

@@ -40,6 +40,16 @@ public:
         return result;
     }
     // song.toml: a minute of noise.
+    // Floats that are not 0 in a file of such that may still be written.
+    long count_sounding(std::string const& name) const {
+        std::ifstream file(dir.get_path() / name, std::ios::binary);
+        file.ignore(44);
+        long sum = 0;
+        for (float val = 0; file.read(reinterpret_cast<char*>(&val), sizeof(val));) {
+            sum += val != 0;
+        }
+        return sum;
+    }
     void write_long_song() {
         std::ofstream(dir.get_path() / "song.toml")
             << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";

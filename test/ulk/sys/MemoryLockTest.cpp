@@ -29,6 +29,8 @@ long find_locked() {
 
 TEST(MemoryLockTest, AllThatIsTouchedIsLockedWhereItIsAllowed) {
     EXPECT_EQ(0, find_locked());
+    rlimit limit = {};
+    ASSERT_EQ(0, getrlimit(RLIMIT_MEMLOCK, &limit));
     bool const locked_flag = MemoryLock::lock_touched();
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
@@ -36,6 +38,7 @@ TEST(MemoryLockTest, AllThatIsTouchedIsLockedWhereItIsAllowed) {
 #endif
 #endif
     EXPECT_EQ(locked_flag, find_locked() > 0);
+    EXPECT_TRUE(locked_flag || limit.rlim_cur != RLIM_INFINITY);
 }
 
 // A limit would end the process some time later.

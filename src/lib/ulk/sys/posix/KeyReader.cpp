@@ -13,8 +13,8 @@ namespace {
 constexpr unsigned char escape = 27;
 constexpr int sequence_ms = 20; // within which the rest of a sequence comes
 
-// By the letter that ends its sequence, as xterm and its kin send them.
-int find_key(unsigned char letter) {
+// By the first sign of its sequence and the letter that ends it, as terminals send them.
+int find_key(unsigned char first, unsigned char letter) {
     switch (letter) {
     case 'C':
         return KeyReader::Key_RIGHT;
@@ -22,6 +22,8 @@ int find_key(unsigned char letter) {
         return KeyReader::Key_LEFT;
     case 'H':
         return KeyReader::Key_HOME;
+    case '~':
+        return first == '1' || first == '7' ? KeyReader::Key_HOME : KeyReader::Key_NONE;
     default:
         return KeyReader::Key_NONE;
     }
@@ -67,10 +69,12 @@ int KeyReader::take() {
         return first;
     }
     ++_pos;
+    unsigned char sign = 0;
     while (fill(sequence_ms)) {
         unsigned char const letter = _buf[_pos++];
+        sign = sign == 0 ? letter : sign;
         if (letter >= '@') {
-            return find_key(letter);
+            return find_key(sign, letter);
         }
     }
     return Key_NONE;
