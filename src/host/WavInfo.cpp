@@ -141,10 +141,24 @@ private:
         }
     }
 
+    // Of samples whose size is their number of bits.
+    void check_frame_len(long long frame_len) {
+        auto const category = _fmt.value("category", 0LL);
+        auto const nbr_chn = _fmt.value("channels", 0LL);
+        auto const nbr_bits = _fmt.value("bits", 0LL);
+        long long const expected = nbr_chn * ((nbr_bits + 7) / 8);
+        if ((category == 1 || category == 3) && frame_len != expected) {
+            add_problem("frames of " + std::to_string(frame_len) + " bytes, where " +
+                        std::to_string(nbr_chn) + " times " + std::to_string(nbr_bits) +
+                        " bits take " + std::to_string(expected));
+        }
+    }
+
     Json make_data(long long len) {
         Json fields = Json::object();
         auto const frame_len = _fmt.value("frame_bytes", 0LL);
         if (frame_len > 0) {
+            check_frame_len(frame_len);
             fields["frames"] = len / frame_len;
             if (auto const rate = _fmt.value("sample_rate_hz", 0LL); rate > 0) {
                 double const s = static_cast<double>(len / frame_len) / static_cast<double>(rate);

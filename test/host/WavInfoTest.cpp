@@ -146,6 +146,11 @@ TEST_F(WavInfoTest, BrokenFilesSayWhatIsWrong) {
                    "has 3 bytes at its end that are no chunk");
     expect_problem(make_riff(make_fmt(1, 1, 16) + make_chunk("data", "12345")),
                    "the last frame is not whole");
+    expect_problem(
+        make_riff(make_chunk("fmt ", make_le(1, 2) + make_le(2, 2) + make_le(44100, 4) +
+                                         make_le(88200, 4) + make_le(2, 2) + make_le(10, 2)) +
+                  data),
+        "frames of 2 bytes, where 2 times 10 bits take 4");
     expect_problem(make_riff(make_chunk("fmt ", "12345678") + data),
                    "chunk \"fmt \" is too short for what it holds");
     expect_problem("RIFF1234AVI ", "does not begin as a RIFF WAVE file does");
