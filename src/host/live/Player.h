@@ -169,11 +169,11 @@ private:
     // The control thread's.
     std::vector<std::unique_ptr<Slot>> _slot_arr; // all there are
     Slot* _loading = nullptr;                     // waits for its data
+    Clock::time_point _deadline;                  // for that
     int _loading_wish = 0;                        // which one that is
     Slot* _round = nullptr;                       // of a loop, that waits for its data
     Slot* _cue = nullptr;                         // of the next cue, or one that was it
     Clock::time_point _cue_due;                   // no other one before that
-    Clock::time_point _deadline;                  // of that
     Clock::time_point _cue_feed_due;
     std::map<std::pair<int, int>, Deck::Loss> _loss_map; // of decks that are gone, by clip
 
