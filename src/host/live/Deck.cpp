@@ -12,7 +12,7 @@ using engine::NotePlayer;
 
 constexpr auto whole_period = std::chrono::milliseconds(500);
 // Gaps of a note in a block that are told apart.
-constexpr int max_gaps = 4;
+constexpr int max_gaps = 32;
 
 long long find_first(long long from, double sample_freq) {
     return std::max(from - std::llround(NotePlan::pre_roll_time * sample_freq), 0LL);

@@ -3,6 +3,7 @@
 #include "host/Error.h"
 #include "host/engine/Recorder.h"
 #include "host/live/TimedPass.h"
+#include "ulk/sys/MemoryLock.h"
 #include "ulk/sys/posix/FileSync.h"
 
 #include <algorithm>
@@ -254,6 +255,7 @@ RecordJob::Result Run::close() {
 
 RecordJob::Result RecordJob::run(Settings const& settings, Open const& open, Watch const& watch) {
     engine::Recorder::check_path(settings.path);
+    sys::MemoryLock::lock_touched();
     Device::Settings wish;
     wish.name = settings.device;
     wish.sample_freq = settings.sample_freq;
