@@ -48,8 +48,8 @@ TEST(MemoryLockTest, NothingIsLockedUnderALimit) {
     pid_t const child = ::fork();
     if (child == 0) {
         rlimit const limit = {1 << 20, 1 << 20};
-        bool const ready_flag = (::geteuid() != 0 || ::seteuid(65534) == 0) &&
-                                setrlimit(RLIMIT_MEMLOCK, &limit) == 0;
+        bool const ready_flag =
+            (::geteuid() != 0 || ::seteuid(65534) == 0) && setrlimit(RLIMIT_MEMLOCK, &limit) == 0;
         ::_exit(ready_flag && !MemoryLock::lock_touched() && find_locked() == 0 ? 0 : 1);
     }
     int status = -1;
