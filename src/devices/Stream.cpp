@@ -52,8 +52,11 @@ void Stream::note_error(RtAudioError::Type type, std::string const& txt) {
 
 int Stream::call(void* out, void* in, unsigned len, double, RtAudioStreamStatus status,
                  void* self) {
-    return static_cast<Stream*>(self)->process(static_cast<float*>(out), static_cast<float*>(in),
-                                               len, status);
+    ulk::sys::ThreadMgr::hold_cancel();
+    auto const answer = static_cast<Stream*>(self)->process(static_cast<float*>(out),
+                                                            static_cast<float*>(in), len, status);
+    ulk::sys::ThreadMgr::allow_cancel();
+    return answer;
 }
 
 Stream::Answer Stream::process(float* out, float const* in, std::size_t len,

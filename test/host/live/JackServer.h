@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/live/ServerProcess.h"
+#include "ulk/sys/ThreadMgr.h"
 
 #include <gtest/gtest.h>
 
@@ -114,7 +115,9 @@ public:
 
 private:
     static int process_static(jack_nframes_t len, void* self) {
+        ulk::sys::ThreadMgr::hold_cancel();
         static_cast<JackClient*>(self)->process(len);
+        ulk::sys::ThreadMgr::allow_cancel();
         return 0;
     }
     void process(jack_nframes_t len) {

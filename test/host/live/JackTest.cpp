@@ -267,6 +267,24 @@ TEST_F(JackTest, AServerThatIsKilledEndsARecordingWithAMessageAndACompleteFile) 
     expect_signal(take, signal);
 }
 
+// JACK cancels the thread that runs it.
+TEST_F(JackTest, ACallbackIsEndedThoughTheServerIsKilledMeanwhile) {
+    auto const device = devices.open({"", 48000, block_len, 2, 0});
+    std::atomic<bool> done_flag = false;
+    device->start([&](float const* const*, float* const*, long) {
+        server.end(SIGKILL);
+        std::vector<std::string> names;
+        auto const end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+        while (std::chrono::steady_clock::now() < end) {
+            names.assign(1, "a name that is kept outside the object");
+        }
+        done_flag = true;
+    });
+    EXPECT_TRUE(wait_for([&] { return !device->is_alive(); }));
+    device->stop();
+    EXPECT_TRUE(done_flag);
+}
+
 // As users meet it: the commands, in a shell that kills the server meanwhile.
 TEST_F(JackTest, AServerThatIsKilledEndsTheCommandsWithAMessage) {
     write_long_song();

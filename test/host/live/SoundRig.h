@@ -39,7 +39,6 @@ public:
         }
         return result;
     }
-    // song.toml: a minute of noise.
     // Floats that are not 0 in a file of such that may still be written.
     long count_sounding(std::string const& name) const {
         std::ifstream file(dir.get_path() / name, std::ios::binary);
@@ -50,6 +49,7 @@ public:
         }
         return sum;
     }
+    // song.toml: a minute of noise.
     void write_long_song() {
         std::ofstream(dir.get_path() / "song.toml")
             << "[[track]]\nclips = [{ sample = \"long.wav\" }]\n";

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <limits>
 #include <thread>
@@ -105,6 +107,35 @@ TEST(ThreadMgrTest, AThreadIsRealTimeWhenItIsTold) {
         bool const granted_flag = ThreadMgr::make_real_time(1);
         EXPECT_EQ(granted_flag, ThreadMgr::is_real_time(self));
     }).join();
+}
+
+// The request comes while the thread may not take it, at a place that C++ could not leave.
+TEST(ThreadMgrTest, AThreadIsCancelledWhereItAllowsIt) {
+    struct Steps {
+        std::atomic<bool> held_flag = false;
+        std::atomic<bool> asked_flag = false;
+        std::atomic<int> nbr_done = 0;
+    } steps;
+    pthread_t thread = {};
+    auto const run = [](void* arg) -> void* {
+        auto& own = *static_cast<Steps*>(arg);
+        pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
+        ThreadMgr::hold_cancel();
+        own.held_flag = true;
+        while (!own.asked_flag) {
+        }
+        ++own.nbr_done;
+        ThreadMgr::allow_cancel();
+        ++own.nbr_done;
+        return nullptr;
+    };
+    ASSERT_EQ(0, pthread_create(&thread, nullptr, run, &steps));
+    while (!steps.held_flag) {
+    }
+    ASSERT_EQ(0, pthread_cancel(thread));
+    steps.asked_flag = true;
+    ASSERT_EQ(0, pthread_join(thread, nullptr));
+    EXPECT_EQ(1, steps.nbr_done);
 }
 
 TEST(TimerReliableTest, WeightsOfTheTwoHalves) {

@@ -27,6 +27,11 @@ public:
     static bool make_real_time(int priority);
     // Whether a running thread goes before all that are not so.
     static bool is_real_time(unsigned long handle);
+    // JACK cancels its thread at any instruction, which ends the program where the thread is in
+    // C++. Between the two nothing of that happens; allow_cancel() may not return then, but unwinds
+    // the stack, so that nobody calls it from a destructor or what is noexcept. real-time
+    static void hold_cancel();
+    static void allow_cancel();
     static int count_nbr_logical_proc();           // 1 if the system doesn't tell
     static void set_thread_name(char const* name); // does nothing on this platform
     static int set_priority(Priority prio);        // of the calling thread. 0, or -2946

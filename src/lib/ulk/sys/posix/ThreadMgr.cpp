@@ -44,6 +44,14 @@ bool ThreadMgr::is_real_time(unsigned long handle) {
            (policy == SCHED_FIFO || policy == SCHED_RR);
 }
 
+void ThreadMgr::hold_cancel() {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+}
+
+void ThreadMgr::allow_cancel() {
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+}
+
 int ThreadMgr::count_nbr_logical_proc() {
     long const nbr = sysconf(_SC_NPROCESSORS_ONLN);
     return nbr > 0 ? static_cast<int>(nbr) : 1;
