@@ -1,27 +1,24 @@
 #pragma once
 
+#include "devices/Patience.h"
 #include "devices/Stream.h"
 #include "host/live/FrameWatch.h"
 #include "ulk/sys/ThreadMgr.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace ulk::devices {
 
 // A device of RtAudio's. Opening and starting throw an RtAudioError.
 class RtDevice : public host::live::Device {
 public:
-    RtDevice(Found const& found, Settings const& settings)
+    RtDevice(Found const& found, std::shared_ptr<Stream> stream)
         : _name(found.info.name)
-        , _stream(std::make_unique<Stream>(found, settings))
+        , _stream(std::move(stream))
         , _watch(get_sample_freq(), found.api == RtAudio::UNIX_JACK) {}
-    ~RtDevice() override {
-        stop();
-        if (_cut_flag) {
-            static_cast<void>(_stream.release()); // the system may still know of it
-        }
-    }
+    ~RtDevice() override { stop(); }
 
     std::string get_name() const override { return _name; }
     double get_sample_freq() const final { return _stream->use_settings().sample_freq; }
@@ -34,23 +31,35 @@ public:
     long get_nbr_xruns() const override { return _stream->get_nbr_xruns(); }
     std::optional<bool> is_real_time() override { return _stream->is_real_time(); }
 
-    // A system that hangs would not answer to this either: its stream is left alone, for good.
     void stop() override {
-        if (_cut_flag) {
+        if (std::exchange(_stopped_flag, true)) {
             return;
         }
-        _cut_flag = !is_answering() && _stream->is_running();
-        if (_cut_flag) {
+        bool const hung_flag = !is_answering() && _stream->is_running();
+        if (hung_flag || !has_closed()) {
             _stream->cut();
-        } else {
-            _stream->close();
         }
     }
 
 protected:
-    void do_start(Callback const& callback) override { _stream->start(callback); }
+    void do_start(Callback const& callback) override {
+        try {
+            Patience::call([stream = _stream, callback] { stream->start(callback); });
+        } catch (Patience::Exhausted const&) {
+            _stream->cut();
+            throw;
+        }
+    }
 
 private:
+    bool has_closed() {
+        try {
+            Patience::call([stream = _stream] { stream->close(); });
+            return true;
+        } catch (Patience::Exhausted const&) {
+            return false;
+        }
+    }
     // Whether the system still asks for frames, as it turns out within a block, or some seconds.
     bool is_answering() {
         auto const seen = _stream->get_nbr_frames();
@@ -61,10 +70,10 @@ private:
     }
 
     std::string _name;
-    std::unique_ptr<Stream> _stream;
+    std::shared_ptr<Stream> _stream;
     host::live::FrameWatch _watch;
     bool _hung_flag = false; // or gone
-    bool _cut_flag = false;
+    bool _stopped_flag = false;
 };
 
 } // namespace ulk::devices

@@ -1,6 +1,8 @@
 #include "devices/RtSystem.h"
 
 #include "devices/Found.h"
+#include "devices/JackTurn.h"
+#include "devices/Patience.h"
 #include "devices/PulseServer.h"
 #include "devices/RtDevice.h"
 #include "devices/Wish.h"
@@ -28,45 +30,73 @@ RtAudio::DeviceInfo look(RtAudio& audio, unsigned id) {
     }
 }
 
-// Calls fnc(found) until it is true; how many devices could not be looked into.
-template <class F>
-int walk(std::vector<RtAudio::Api> const& api_arr, F fnc) {
-    int nbr_unknown = 0;
-    for (RtAudio::Api const api : api_arr) {
-        if (api == RtAudio::LINUX_PULSE && !PulseServer::is_usable()) {
+// What there is, and what cannot be known of the rest.
+struct View {
+    std::vector<Found> found_arr;
+    int nbr_unknown = 0;  // devices that could not be looked into
+    std::string failures; // of systems, for users
+};
+
+View look_into(RtAudio::Api api) {
+    View view;
+    if (api == RtAudio::LINUX_PULSE && !PulseServer::is_usable()) {
+        return view;
+    }
+    JackTurn const turn(api);
+    RtAudio audio(api);
+    audio.showWarnings(false);
+    unsigned const nbr_devices = audio.getDeviceCount();
+    bool alsa_out_flag = api == RtAudio::LINUX_ALSA; // whose first output is to come
+    for (unsigned id = 0; id < nbr_devices; ++id) {
+        Found found = {api, id, look(audio, id)};
+        RtAudio::DeviceInfo& info = found.info;
+        if (!info.probed) {
+            ++view.nbr_unknown;
             continue;
         }
-        RtAudio audio(api);
-        audio.showWarnings(false);
-        unsigned const nbr_devices = audio.getDeviceCount();
-        bool alsa_out_flag = api == RtAudio::LINUX_ALSA; // whose first output is to come
-        for (unsigned id = 0; id < nbr_devices; ++id) {
-            Found found = {api, id, look(audio, id)};
-            RtAudio::DeviceInfo& info = found.info;
-            if (!info.probed) {
-                ++nbr_unknown;
-                continue;
-            }
-            // RtAudio forgets to tell it of a device that cannot record.
-            info.isDefaultOutput |= alsa_out_flag && info.outputChannels > 0;
-            alsa_out_flag = alsa_out_flag && info.outputChannels == 0;
+        // RtAudio forgets to tell it of a device that cannot record.
+        info.isDefaultOutput |= alsa_out_flag && info.outputChannels > 0;
+        alsa_out_flag = alsa_out_flag && info.outputChannels == 0;
+        view.found_arr.push_back(found);
+    }
+    return view;
+}
+
+// Until fnc(found) is true.
+template <class F>
+View walk(std::vector<RtAudio::Api> const& api_arr, F fnc) {
+    View sum;
+    for (RtAudio::Api const api : api_arr) {
+        View view;
+        try {
+            view = Patience::call([api] { return look_into(api); });
+        } catch (Patience::Exhausted const& e) {
+            sum.failures +=
+                (sum.failures.empty() ? "" : "; ") + get_system_name(api) + ": " + e.what();
+        }
+        sum.nbr_unknown += view.nbr_unknown;
+        for (Found const& found : view.found_arr) {
+            sum.found_arr.push_back(found);
             if (fnc(found)) {
-                return nbr_unknown;
+                return sum;
             }
         }
     }
-    return nbr_unknown;
+    return sum;
 }
 
-[[noreturn]] void refuse(std::string const& name, std::string const& misfit, int nbr_unknown) {
+[[noreturn]] void refuse(std::string const& name, std::string const& misfit, View const& view) {
     std::string txt = misfit;
     if (misfit.empty()) {
         txt = "there is no sound device" + (name.empty() ? "" : " " + name);
     }
-    if (nbr_unknown > 0) {
+    if (view.nbr_unknown > 0) {
         txt += "; devices that could not be looked into, maybe for another program that holds "
                "them: " +
-               std::to_string(nbr_unknown);
+               std::to_string(view.nbr_unknown);
+    }
+    if (!view.failures.empty()) {
+        txt += "; " + view.failures;
     }
     throw std::runtime_error(txt);
 }
@@ -99,8 +129,10 @@ std::unique_ptr<Device> make_device(Found const& found, Device::Settings const& 
         check_rate(found.info, settings.sample_freq);
     }
     try {
-        return std::make_unique<RtDevice>(found, settings);
-    } catch (RtAudioError const& e) {
+        return std::make_unique<RtDevice>(found, Patience::call([found, settings] {
+                                              return std::make_shared<Stream>(found, settings);
+                                          }));
+    } catch (std::runtime_error const& e) {
         throw std::runtime_error("sound device " + found.info.name +
                                  ": does not open: " + e.what());
     }
@@ -108,11 +140,13 @@ std::unique_ptr<Device> make_device(Found const& found, Device::Settings const& 
 
 } // namespace
 
-std::vector<Device::Info> RtSystem::list_devices() {
+std::vector<Device::Info> RtSystem::list_devices(std::string& failures) {
     std::vector<Device::Info> result;
     bool out_flag = true; // no default came yet
     bool in_flag = true;
-    walk(list_systems(), [&](Found const& found) {
+    View const view = walk(list_systems(), [](Found const&) { return false; });
+    failures = view.failures;
+    for (Found const& found : view.found_arr) {
         RtAudio::DeviceInfo const& info = found.info;
         result.push_back({info.name,
                           get_system_name(found.api),
@@ -123,8 +157,7 @@ std::vector<Device::Info> RtSystem::list_devices() {
                           {info.sampleRates.begin(), info.sampleRates.end()}});
         out_flag = out_flag && !info.isDefaultOutput;
         in_flag = in_flag && !info.isDefaultInput;
-        return false;
-    });
+    }
     return result;
 }
 
@@ -132,7 +165,7 @@ std::unique_ptr<Device> RtSystem::open(Device::Settings const& settings) {
     Wish const wish(settings);
     std::optional<Found> best;
     std::string misfit; // the first one
-    int const nbr_unknown = walk(wish.use_systems(), [&](Found const& found) {
+    View const view = walk(wish.use_systems(), [&](Found const& found) {
         auto const match = wish.find_match(found.info);
         if (match == Wish::Match_NONE) {
             return false;
@@ -147,7 +180,7 @@ std::unique_ptr<Device> RtSystem::open(Device::Settings const& settings) {
         return match == Wish::Match_EXACT;
     });
     if (!best) {
-        refuse(settings.name, misfit, nbr_unknown);
+        refuse(settings.name, misfit, view);
     }
     return make_device(*best, settings);
 }

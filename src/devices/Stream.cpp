@@ -1,5 +1,6 @@
 #include "devices/Stream.h"
 
+#include "devices/JackTurn.h"
 #include "ulk/sys/ThreadMgr.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ Stream::Stream(Found const& found, Device::Settings const& settings)
     : _audio(found.api)
     , _settings(settings)
     , _nbr_open(settings.nbr_out == 1 && found.info.outputChannels > 1 ? 2 : settings.nbr_out) {
+    JackTurn const turn(found.api);
     _audio.showWarnings(false);
     RtAudio::StreamParameters out = {found.id, static_cast<unsigned>(_nbr_open), 0};
     RtAudio::StreamParameters in = {found.id, static_cast<unsigned>(settings.nbr_in), 0};
@@ -30,6 +32,7 @@ Stream::Stream(Found const& found, Device::Settings const& settings)
 }
 
 void Stream::close() {
+    JackTurn const turn(_audio.getCurrentApi());
     if (_audio.isStreamRunning() && !has_jack()) {
         try {
             _audio.stopStream();

@@ -5,13 +5,14 @@
 #include "ulk/sys/ThreadMgr.h"
 
 #include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace ulk::devices {
 
 // An open stream, and all that its callback uses.
-class Stream {
+class Stream : public std::enable_shared_from_this<Stream> {
 public:
     Stream(Found const& found, host::live::Device::Settings const& settings);
 
@@ -22,8 +23,10 @@ public:
     }
     // Plays what is still on its way. JACK has nothing of that, and would wait for a dead server.
     void close();
-    // The callback is not called again, whatever the system does.
+    // The callback is not called again, whatever the system does. The system may still know of the
+    // stream, which is left to it for good.
     void cut() {
+        _self = shared_from_this();
         while (_busy.test_and_set()) {
             ulk::sys::ThreadMgr::yield();
         }
@@ -58,6 +61,7 @@ private:
 
     static thread_local Stream* current; // whose callback the thread runs
 
+    std::shared_ptr<Stream> _self; // behind cut()
     mutable RtAudio _audio;
     host::live::Device::Settings _settings;
     int _nbr_open; // outputs: one channel sounds on both sides

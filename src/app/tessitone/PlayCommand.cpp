@@ -139,7 +139,8 @@ void list_devices(Context const& context, bool json_flag) {
         std::fputs(print_json(json).c_str(), stdout);
     }
     if (!devices.get_failure().empty()) {
-        std::fprintf(stderr, "tessitone: no sound devices: %s\n", devices.get_failure().c_str());
+        std::fprintf(stderr, "tessitone: there may be more sound devices: %s\n",
+                     devices.get_failure().c_str());
     }
 }
 

@@ -69,7 +69,8 @@ class DeviceSystem {
 public:
     virtual ~DeviceSystem() = default;
 
-    virtual std::vector<Device::Info> list_devices() = 0;
+    // failures: systems that may have devices and do not tell, for users; empty if there are none.
+    virtual std::vector<Device::Info> list_devices(std::string& failures) = 0;
     virtual std::unique_ptr<Device> open(Device::Settings const& settings) = 0;
 };
 

@@ -32,7 +32,7 @@ DeviceModule::DeviceModule(std::string const& folder) {
 std::vector<Device::Info> DeviceModule::list_devices() {
     std::vector<Device::Info> info_arr;
     if (_system != nullptr) {
-        info_arr = _system->list_devices();
+        info_arr = _system->list_devices(_failure);
     }
     info_arr.push_back(
         {ClockDevice::name, ClockDevice::system, max_nbr_chn, max_nbr_chn, false, false, {}});

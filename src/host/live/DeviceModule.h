@@ -17,7 +17,8 @@ public:
     std::vector<Device::Info> list_devices();
     // Throws an Error that tells what there is instead.
     std::unique_ptr<Device> open(Device::Settings const& settings);
-    std::string const& get_failure() const { return _failure; } // why there is no module
+    // Why there is no module, or not all was listed; empty when nothing failed.
+    std::string const& get_failure() const { return _failure; }
 
 private:
     std::unique_ptr<DeviceSystem> _system;

@@ -335,6 +335,23 @@ TEST_F(JackTest, AServerThatHangsEndsTheCommandsWithAMessage) {
     EXPECT_GT(read(dir.make_name("take.wav"))[0].size(), 2u * 48000);
 }
 
+TEST_F(JackTest, AServerThatHangsAlreadyIsLeftAlone) {
+    server.send(SIGSTOP);
+    auto const list = devices.list_devices();
+    EXPECT_TRUE(std::none_of(list.begin(), list.end(),
+                             [](auto const& info) { return info.system == "JACK"; }));
+    EXPECT_EQ("JACK: it does not answer for 10 s; is its server well?", devices.get_failure());
+    try {
+        devices.open({"JACK:", 48000, block_len, 2, 0});
+        FAIL();
+    } catch (Error const& e) {
+        EXPECT_EQ("there is no sound device JACK:; JACK: it does not answer for 10 s; is its "
+                  "server well?; \"tessitone devices\" lists what there is",
+                  std::string(e.what()));
+    }
+    server.end(SIGKILL);
+}
+
 TEST_F(JackTest, ARateThatTheServerDoesNotHaveIsToldWithWhatToDo) {
     std::ofstream(dir.get_path() / "song.toml") << "rate = 44100\n[[track]]\n";
     auto const played = test::CommandRun::run(dir.get_path(), "play song.toml");

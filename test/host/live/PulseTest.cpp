@@ -204,6 +204,24 @@ TEST_F(PulseTest, AServerThatHangsAlreadyIsLeftAlone) {
     EXPECT_LT(std::chrono::steady_clock::now() - beg, std::chrono::seconds(15));
 }
 
+// Be it before the device asks for frames no more, or in the middle of its last ones.
+TEST_F(PulseTest, AServerThatHangsAtTheEndIsLeftAlone) {
+    for (int time = 0; time < 3; ++time) {
+        auto const device = open(2, 0);
+        std::atomic<long> nbr_calls = 0;
+        device->start([&](float const* const*, float* const*, long) { ++nbr_calls; });
+        EXPECT_TRUE(wait_for([&] { return nbr_calls > 100 + time; }));
+        auto const beg = std::chrono::steady_clock::now();
+        server.send(SIGSTOP);
+        device->stop();
+        EXPECT_LT(std::chrono::steady_clock::now() - beg, std::chrono::seconds(15));
+        auto const seen = nbr_calls.load();
+        server.send(SIGCONT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_EQ(seen, nbr_calls);
+    }
+}
+
 TEST(PulseServerTest, AServerWithoutDevicesHasNone) {
     PulseServer const server("");
     ASSERT_TRUE(server.is_running()) << server.read_output();
