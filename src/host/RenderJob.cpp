@@ -14,6 +14,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <set>
 
 namespace ulk::host {
 
@@ -52,7 +53,7 @@ private:
     };
 
     double read_time(std::optional<std::string> const& txt, char const* option, double def) const;
-    void check_path(std::string const& path) const;
+    void claim(std::string const& path);
     void add_mix();
     void add_stems();
     void fill_losses(RenderReport& report) const;
@@ -80,6 +81,7 @@ private:
     std::optional<render::Envelope> _envelope;
     std::unique_ptr<render::WavPipe> _pipe;
     std::vector<StemOutput> _stem_arr;
+    std::set<fs::path> _claimed_set; // of what is written
     render::Percentiles _block_times;
 };
 
@@ -115,9 +117,15 @@ double Run::read_time(std::optional<std::string> const& txt, char const* option,
     return txt ? _loaded.read_time(*txt, option) : def;
 }
 
-// What is about to be overwritten is none of what is read.
-void Run::check_path(std::string const& path) const {
+// What is about to be written is none of what is read, and nothing else that is written.
+void Run::claim(std::string const& path) {
     std::error_code ec;
+    fs::path const whole = fs::absolute(path, ec);
+    fs::path const place = fs::weakly_canonical(whole, ec);
+    if (!_claimed_set.insert(ec ? whole : place).second) {
+        throw Error(Error::Kind_USE, path + ": would be written twice; give each output a name of "
+                                            "its own");
+    }
     if (!fs::exists(path, ec)) {
         return;
     }
@@ -151,6 +159,11 @@ void Run::set_up() {
         throw Error(Error::Kind_USE,
                     "--from " + *_settings.from + ": lies behind the end of the session");
     }
+    for (std::string const& path : {_settings.plot_path, _settings.report_path}) {
+        if (!path.empty()) {
+            claim(path);
+        }
+    }
     add_mix();
     if (!_settings.stem_folder.empty()) {
         add_stems();
@@ -173,7 +186,7 @@ void Run::add_mix() {
                                                   "standard output", _format, _renderer->get_len());
     } else {
         _format.check_len(_settings.out_path, _renderer->get_len());
-        check_path(_settings.out_path);
+        claim(_settings.out_path);
     }
     _renderer->add_mix_output(pipe_flag ? "" : _settings.out_path, _format.bit_fmt,
                               [this](float const* const* chn_arr, long len) {
@@ -210,7 +223,7 @@ void Run::add_stems() {
         auto const& name = _session.track_arr[static_cast<std::size_t>(track)].name;
         auto const path =
             fs::path(_settings.stem_folder) / make_stem_name(_stem_arr.size() + 1, name);
-        check_path(path);
+        claim(path);
         _stem_arr.push_back({track, path});
     }
     for (StemOutput& stem : _stem_arr) {

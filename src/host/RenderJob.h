@@ -30,6 +30,7 @@ public:
         std::string conversion_folder;   // where converted samples are kept
         bool strict_flag = false;        // nothing may be missing
         std::string plot_path;           // picture of the mix, .png or .svg; empty for none
+        std::string report_path;         // where the caller writes the report; empty for none
         bool envelope_flag = false;      // the mix's outline is wanted
         bool measure_flag = true;        // the mix: levels, loudness and hash
     };

@@ -37,7 +37,6 @@ struct Arguments {
     bool json_flag = false;
     bool quiet_flag = false;
     bool picture_flag = false;
-    std::string report_path;
 };
 
 bool is_locale_utf8() {
@@ -63,8 +62,8 @@ void write_report(std::string const& path, RenderReport const& report) {
 // Standard output belongs to the sound when that goes there.
 void print_report(Arguments const& args, RenderJob::Result const& result) {
     RenderReport const& report = result.report;
-    if (!args.report_path.empty()) {
-        write_report(args.report_path, report);
+    if (!args.settings.report_path.empty()) {
+        write_report(args.settings.report_path, report);
     }
     std::FILE* const out = args.settings.out_path == "-" ? stderr : stdout;
     if (args.json_flag) {
@@ -83,7 +82,7 @@ void render(Context const& context, Arguments& args) {
     settings.bit_fmt = OutputFormat::find_bit_fmt(args.format);
     settings.best_flag = args.quality == "best";
     settings.cache_len = static_cast<long long>(args.cache_mb) * 1000000;
-    settings.measure_flag = !args.quiet_flag || args.json_flag || !args.report_path.empty();
+    settings.measure_flag = !args.quiet_flag || args.json_flag || !settings.report_path.empty();
     if (settings.out_path.empty()) {
         settings.out_path =
             std::filesystem::path(settings.session_path).filename().replace_extension(".wav");
@@ -170,7 +169,7 @@ void add_output_options(CLI::App& command, Arguments& args) {
     command.add_flag("--strict", settings.strict_flag,
                      "Refuse a session with missing samples; let clipping count as a loss");
     command.add_flag("--json", args.json_flag, "Print the report as JSON");
-    command.add_option("--report", args.report_path, "Write the report to a JSON file")
+    command.add_option("--report", settings.report_path, "Write the report to a JSON file")
         ->type_name("FILE");
     command.add_option("--plot", settings.plot_path, "Draw the mix into a .png or .svg file")
         ->type_name("FILE");
