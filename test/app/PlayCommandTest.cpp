@@ -140,6 +140,26 @@ TEST_F(PlayCommandTest, RecordsAsLongAsAsked) {
     EXPECT_EQ(0, report["gap_count"]);
 }
 
+TEST_F(PlayCommandTest, RefusesToRecordOverASession) {
+    auto const before = test::CommandRun::read_file(dir.get_path() / session);
+    for (std::string const path : {session, "take.flac", "-"}) {
+        auto const refused = run("record --device none --length 0.2 " + path);
+        EXPECT_EQ(1, refused.code) << path;
+        EXPECT_EQ("tessitone: " + path + ": give the take a name that ends in .wav\n", refused.err);
+    }
+    EXPECT_EQ(before, test::CommandRun::read_file(dir.get_path() / session));
+    EXPECT_FALSE(fs::exists(dir.get_path() / "take.flac"));
+}
+
+TEST_F(PlayCommandTest, ALossDoesNotHideAReportThatIsNotWritten) {
+    fs::remove(dir.get_path() / "samples/pad.wav");
+    auto const played = run(std::string("play --device none ") + session + " >/dev/full");
+    EXPECT_EQ(4, played.code);
+    EXPECT_NE(std::string::npos, played.err.find("writing to standard output failed"))
+        << played.err;
+    EXPECT_EQ(4, run("--help >/dev/full").code);
+}
+
 TEST_F(PlayCommandTest, RefusesToRecordIntoWhatIsNoFile) {
     for (auto const& [path, reason] : {std::pair{"pipe.wav", "a pipe or a device has that name"},
                                        {"/dev/null", "a pipe or a device has that name"},

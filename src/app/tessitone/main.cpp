@@ -50,10 +50,6 @@ int run(int argc, char** argv) {
     } catch (CLI::ParseError const& e) {
         return app.exit(e) == 0 ? 0 : ulk::host::Error::Kind_USE;
     }
-    // A full device or a closed pipe shows only when the buffer goes out.
-    if (std::fflush(stdout) != 0) {
-        throw ulk::host::Error(ulk::host::Error::Kind_IO, "writing to standard output failed");
-    }
     return 0;
 }
 
@@ -61,11 +57,8 @@ struct LogFlush {
     ~LogFlush() { ulk::host::Log::flush(); }
 };
 
-} // namespace
-
-int main(int argc, char** argv) {
-    // Writing fails then, and is told.
-    ulk::sys::DescriptorOut::ignore_gone_readers();
+// The exit code; what fails is told.
+int run_told(int argc, char** argv) {
     try {
         LogFlush const flush;
         return run(argc, argv);
@@ -76,4 +69,18 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "tessitone: %s\n", e.what());
         return ulk::host::Error::Kind_IO;
     }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Writing fails then, and is told.
+    ulk::sys::DescriptorOut::ignore_gone_readers();
+    int const code = run_told(argc, argv);
+    // A full device or a closed pipe shows only when the buffer goes out.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::fputs("tessitone: writing to standard output failed\n", stderr);
+        return ulk::host::Error::Kind_IO;
+    }
+    return code;
 }
