@@ -129,7 +129,7 @@ Player::State Player::find_state() {
     }
     CacheService::Pass const pass(*_cache);
     State state = _state;
-    _state.peaks.fill(0);
+    _peaks_seen_flag = true;
     state.playing_flag = _current != nullptr && !_pause_flag && !_finished_flag;
     state.pause_flag = _pause_flag;
     state.loading_flag = loading_flag;

@@ -49,7 +49,7 @@ public:
         bool loading_flag = false;  // a start or a jump waits for the disk
         bool finished_flag = false; // all is played
         int nbr_voices = 0;         // notes that sound
-        Peaks peaks{};              // by channel, since the last time that this was asked
+        Peaks peaks{};              // by channel, since this was asked; of a block at least
         int cue = -1;               // of use_cues(), the last one up to time; -1 for none
         long nbr_cells = 0;         // of the cache
         long nbr_cells_full = 0;
@@ -204,6 +204,7 @@ private:
     std::array<char, 512> _reason{}; // of that
     long long _nbr_lost = 0;         // of retired decks
     State _state;
+    bool _peaks_seen_flag = false; // those of _state
     Stat _stat;
 
     std::thread _slice_thread;

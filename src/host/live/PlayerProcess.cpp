@@ -132,6 +132,9 @@ void Player::fade(float* const* chn_arr, long len) {
 }
 
 void Player::note_levels(float* const* chn_arr, long len) {
+    if (std::exchange(_peaks_seen_flag, false)) {
+        _state.peaks.fill(0);
+    }
     Levels::add(_state.peaks, chn_arr, _session.nbr_chn, len);
     Levels::add(_stat.peaks, _state.peaks);
     _state.nbr_voices = _current != nullptr ? _current->deck->get_nbr_sounding() : 0;

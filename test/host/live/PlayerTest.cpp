@@ -683,6 +683,19 @@ TEST_F(LivePlayerTest, PatienceWithTheDiskHasAnEnd) {
     EXPECT_GT(player->find_state().nbr_lost, 0);
 }
 
+TEST_F(LivePlayerTest, PeaksThatAreAskedForWithinABlockAreThoseOfTheBlock) {
+    make_player();
+    play_on(48000, {block_len});
+    auto const peaks = player->find_state().peaks;
+    EXPECT_GT(peaks[0], 0.1f);
+    EXPECT_EQ(peaks, player->find_state().peaks);
+    player->set_pause(true);
+    play_on(2400, {block_len}); // the fade
+    EXPECT_GT(player->find_state().peaks[0], 0);
+    play_on(block_len, {block_len});
+    EXPECT_EQ(0, player->find_state().peaks[0]);
+}
+
 TEST_F(LivePlayerTest, TheTimesOfAllPassesAreKept) {
     make_player();
     play_on(48000, {block_len});
