@@ -58,11 +58,12 @@ void show_files(Settings const& settings) {
 
 void add_info_command(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand(
-        "info", "Tell what is in WAV files; without any, what to put into the report of a bug");
+        "info", "Tell what is in sound files; without any, what to put into the report of a bug");
     add_bundle_option(*command, context);
     auto const settings = std::make_shared<Settings>();
     command->add_flag("--json", settings->json_flag, "Print JSON");
-    command->add_option("files", settings->path_arr, "WAV files to read chunk by chunk")
+    command
+        ->add_option("files", settings->path_arr, "Sound files to read; WAV files chunk by chunk")
         ->type_name("FILE");
     command->callback([&context, settings] {
         settings->path_arr.empty() ? show_report(context, settings->json_flag)

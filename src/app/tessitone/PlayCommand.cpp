@@ -65,9 +65,9 @@ void show(PlayJob::View const& view, int nbr_chn) {
     StatusLine::show(
         mode + ulk::host::render::TimeText::print(state.time, 1) +
         (view.cue.empty() ? "" : "  " + view.cue) + "  " + std::to_string(state.nbr_voices) +
-        " voices " + Levels::print(state.peaks, nbr_chn) + "  cache " +
-        std::to_string(state.nbr_cells_full) + "/" + std::to_string(state.nbr_cells) + "  holes " +
-        std::to_string(state.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns));
+        (state.nbr_voices == 1 ? " voice " : " voices ") + Levels::print(state.peaks, nbr_chn) +
+        "  cache " + std::to_string(state.nbr_cells_full) + "/" + std::to_string(state.nbr_cells) +
+        "  holes " + std::to_string(state.nbr_lost) + "  xruns " + std::to_string(view.nbr_xruns));
 }
 
 std::string print_rates(Device::Info const& info) {
