@@ -28,6 +28,13 @@ if(NOT out MATCHES "TessitoneAudioTape")
   message(FATAL_ERROR "The installed program does not find its bundle:\n${out}")
 endif()
 
+if(EXISTS ${BUILD_DIR}/tessitone_devices.so)
+  run(${prefix}/bin/tessitone devices)
+  if(out MATCHES "no sound devices")
+    message(FATAL_ERROR "The installed program does not find its module of devices:\n${out}")
+  endif()
+endif()
+
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/embed -B ${WORK_DIR}/embed -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/embed)
