@@ -34,13 +34,7 @@ public:
     bool is_running() const { return _audio.isStreamOpen() && _audio.isStreamRunning(); }
     long get_nbr_xruns() const { return _nbr_xruns; }
     long long get_nbr_frames() const { return _nbr_frames; }
-    // Asked once: the thread may end at any time.
-    std::optional<bool> is_real_time() {
-        if (!_real_time && _thread != 0) {
-            _real_time = ulk::sys::ThreadMgr::is_real_time(_thread);
-        }
-        return _real_time;
-    }
+    std::optional<bool> is_real_time() const { return _real_time; }
 
 private:
     enum Answer : int { Answer_GO_ON, Answer_STOP, Answer_STOP_AT_ONCE };
@@ -70,8 +64,7 @@ private:
     bool _gone_flag = false; // the callback's thread's
     std::atomic<long> _nbr_xruns = 0;
     std::atomic<long long> _nbr_frames = 0;
-    std::atomic<unsigned long> _thread = 0; // of the callback
-    std::optional<bool> _real_time;
+    std::atomic<std::optional<bool>> _real_time; // whether the callback's thread is
 };
 
 } // namespace ulk::devices

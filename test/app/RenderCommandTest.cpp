@@ -78,6 +78,7 @@ TEST_F(RenderCommandTest, SillyCommandLinesAreToldWhatToDo) {
              {ok + " --bundle nothing.so", 2, "nothing.so"},
              {ok + " -o nowhere/out.wav", 4, "nowhere/out.wav: cannot be made"},
              {ok + " -o .", 4, "cannot be made"},
+             {ok + " -o wrong.toml", 1, "wrong.toml: is there and no WAV file"},
              {ok + " -o " + ok, 1, "is read by the session"},
              {ok + " -o samples/bass.wav", 1, "is read by the session"},
              {ok + " --report " + ok, 1, ": is read by the session"},

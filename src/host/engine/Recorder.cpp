@@ -8,7 +8,10 @@
 #include "ulk/sys/posix/NewFile.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <fstream>
+#include <string_view>
 #include <system_error>
 
 namespace ulk::host::engine {
@@ -16,6 +19,15 @@ namespace ulk::host::engine {
 namespace {
 
 constexpr long long header_len = 44; // bytes, of the WAV files that are made here
+
+// What is there may be lost: a WAV file of any kind, or nothing at all.
+bool is_replaceable(std::string const& path) {
+    std::array<char, 4> id{};
+    std::ifstream file(path, std::ios::binary);
+    file.read(id.data(), id.size());
+    std::string_view const txt(id.data(), static_cast<std::size_t>(file.gcount()));
+    return txt.empty() || txt == "RIFF" || txt == "RF64" || txt == "riff";
+}
 
 [[noreturn]] void refuse(std::string const& path, std::string const& reason) {
     throw Error(Error::Kind_IO, path + ": cannot be made" + reason);
@@ -45,6 +57,13 @@ void Recorder::check_path(std::string const& path) {
     }
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         refuse(path, ", since a pipe or a device has that name; give that of a WAV file");
+    }
+    if (path == "-") {
+        refuse(path, ", since standard output takes no headers later on; give the name of a file");
+    }
+    // Such as a session, which was meant to be played.
+    if (!is_replaceable(path)) {
+        throw Error(Error::Kind_USE, path + ": is there and no WAV file; give another name");
     }
 }
 

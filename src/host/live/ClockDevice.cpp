@@ -25,14 +25,9 @@ void ClockDevice::stop() {
     }
 }
 
-std::optional<bool> ClockDevice::is_real_time() {
-    return _begun_flag ? std::optional(_real_time_flag.load()) : std::nullopt;
-}
-
 void ClockDevice::run() {
     using Clock = std::chrono::steady_clock;
-    _real_time_flag = sys::ThreadMgr::make_real_time(real_time_priority);
-    _begun_flag = true;
+    _real_time = sys::ThreadMgr::make_real_time(real_time_priority);
     auto const len = static_cast<std::size_t>(_settings.block_len);
     std::vector<std::vector<float>> buf_arr(static_cast<std::size_t>(_settings.nbr_out),
                                             std::vector<float>(len));

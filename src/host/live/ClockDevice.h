@@ -23,7 +23,7 @@ public:
     void stop() override;
     bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _nbr_xruns; }
-    std::optional<bool> is_real_time() override;
+    std::optional<bool> is_real_time() override { return _real_time; }
 
 protected:
     void do_start(Callback const& callback) override;
@@ -34,8 +34,7 @@ private:
     Settings _settings;
     Callback _callback;
     std::atomic<bool> _stop_flag = false;
-    std::atomic<bool> _begun_flag = false; // and the next one is known
-    std::atomic<bool> _real_time_flag = false;
+    std::atomic<std::optional<bool>> _real_time;
     std::atomic<long> _nbr_xruns = 0; // blocks that were not done in their time
     std::thread _thread;
 };

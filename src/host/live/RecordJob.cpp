@@ -11,7 +11,6 @@
 #include <bit>
 #include <chrono>
 #include <cmath>
-#include <filesystem>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -252,19 +251,10 @@ RecordJob::Result Run::close() {
     return result;
 }
 
-// Another one tells of something else, such as a session that was meant to be played.
-void check_ending(std::string const& path) {
-    auto const ending = std::filesystem::path(path).extension();
-    if (ending != ".wav" && ending != ".WAV") {
-        throw Error(Error::Kind_USE, path + ": give the take a name that ends in .wav");
-    }
-}
-
 } // namespace
 
 RecordJob::Result RecordJob::run(Settings const& settings, Open const& open, Watch const& watch) {
     engine::Recorder::check_path(settings.path);
-    check_ending(settings.path);
     sys::MemoryLock::lock_touched();
     Device::Settings wish;
     wish.name = settings.device;

@@ -21,7 +21,7 @@ namespace ulk::host::live {
 class RecordJob {
 public:
     struct Settings {
-        std::string path;   // ends in .wav
+        std::string path;
         std::string device; // empty for the default one
         int nbr_chn = 2;
         double sample_freq = 48000; // Hz

@@ -101,11 +101,10 @@ TEST(ThreadMgrTest, PriorityReportsByItsResult) {
 // Which the system may refuse.
 TEST(ThreadMgrTest, AThreadIsRealTimeWhenItIsTold) {
     std::thread([] {
-        auto const self = ThreadMgr::get_current_handle();
-        EXPECT_FALSE(ThreadMgr::is_real_time(self));
+        EXPECT_FALSE(ThreadMgr::is_real_time());
         EXPECT_FALSE(ThreadMgr::make_real_time(100)); // there is no such priority
         bool const granted_flag = ThreadMgr::make_real_time(1);
-        EXPECT_EQ(granted_flag, ThreadMgr::is_real_time(self));
+        EXPECT_EQ(granted_flag, ThreadMgr::is_real_time());
     }).join();
 }
 

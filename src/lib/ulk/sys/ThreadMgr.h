@@ -20,13 +20,10 @@ public:
     // Unique among the running threads and never get_invalid_thread_id().
     static unsigned long get_current_thread_id();
     static unsigned long get_invalid_thread_id();
-    // The calling thread, for is_real_time(); never 0. real-time
-    static unsigned long get_current_handle();
     // Lets the calling thread go before all that are not so; among those that are, priority counts,
     // 1 to 99. False when the system refuses it.
     static bool make_real_time(int priority);
-    // Whether a running thread goes before all that are not so.
-    static bool is_real_time(unsigned long handle);
+    static bool is_real_time(); // whether the calling thread is so
     // JACK cancels its thread at any instruction, which ends the program where the thread is in
     // C++. Between the two nothing of that happens; allow_cancel() may not return then, but unwinds
     // the stack, so that nobody calls it from a destructor or what is noexcept. real-time

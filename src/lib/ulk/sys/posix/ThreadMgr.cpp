@@ -27,20 +27,16 @@ unsigned long ThreadMgr::get_invalid_thread_id() {
     return 0;
 }
 
-unsigned long ThreadMgr::get_current_handle() {
-    return pthread_self();
-}
-
 bool ThreadMgr::make_real_time(int priority) {
     sched_param param = {};
     param.sched_priority = priority;
     return pthread_setschedparam(pthread_self(), SCHED_FIFO, &param) == 0;
 }
 
-bool ThreadMgr::is_real_time(unsigned long handle) {
+bool ThreadMgr::is_real_time() {
     int policy = SCHED_OTHER;
     sched_param param = {};
-    return pthread_getschedparam(handle, &policy, &param) == 0 &&
+    return pthread_getschedparam(pthread_self(), &policy, &param) == 0 &&
            (policy == SCHED_FIFO || policy == SCHED_RR);
 }
 
