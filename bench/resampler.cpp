@@ -3,6 +3,7 @@
 // the "dB_" columns the signal-to-noise ratio of a sine that sweeps through an octave up to that
 // frequency, at 48 kHz, against the sine itself at the positions asked for.
 
+#include "ulk/dsp/SplDataRetrievalInterface.h"
 #include "ulk/dsp/SweepingSin.h"
 #include "ulk/dsp/rspl/InterpolatorHermite43.h"
 #include "ulk/dsp/rspl/InterpolatorLerp.h"
@@ -32,7 +33,7 @@ constexpr long SRC_LEN = 1 << 16;
 constexpr double RATE = 0.918367346938775; // source frames per output frame: 44.1 kHz at 48 kHz
 constexpr long BLOCK_LEN = 512;
 
-class Memory : public SplDataRetrievalInterface {
+class Memory : public ulk::dsp::SplDataRetrievalInterface {
 public:
     explicit Memory(Buffer const& buf)
         : _buf(buf) {}

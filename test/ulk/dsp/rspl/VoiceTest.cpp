@@ -1,4 +1,5 @@
 #include "ulk/dsp/rspl/Voice.h"
+#include "ulk/dsp/SplDataRetrievalInterface.h"
 #include "ulk/dsp/rspl/InterpolatorHermite43.h"
 #include "ulk/dsp/rspl/InterpolatorLerp.h"
 
@@ -10,7 +11,7 @@ namespace {
 using namespace ulk::dsp::rspl;
 
 // A sample in memory that checks every request.
-class Source : public SplDataRetrievalInterface {
+class Source : public ulk::dsp::SplDataRetrievalInterface {
 public:
     Source(long len, int nbr_chn)
         : _chn_arr(static_cast<std::size_t>(nbr_chn)) {
@@ -270,7 +271,7 @@ TEST(VoiceTest, LoopOfAnyLengthEndsWithTheSample) {
 }
 
 // The operation itself may be overridden, too.
-class Ramp : public SplDataRetrievalInterface {
+class Ramp : public ulk::dsp::SplDataRetrievalInterface {
 public:
     void get_data(float** chn_arr, long long pos, long nbr_spl, bool backward_flag) override {
         for (long i = 0; i < nbr_spl; ++i) {

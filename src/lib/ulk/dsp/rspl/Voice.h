@@ -1,7 +1,7 @@
 #pragma once
 
+#include "ulk/dsp/SplDataRetrievalInterface.h"
 #include "ulk/dsp/rspl/InterpolatorInterface.h"
-#include "ulk/dsp/rspl/SplDataRetrievalInterface.h"
 #include "ulk/math/FixedPoint.h"
 
 namespace ulk::dsp::rspl {

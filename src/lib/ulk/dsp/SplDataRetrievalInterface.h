@@ -1,8 +1,8 @@
 #pragma once
 
-namespace ulk::dsp::rspl {
+namespace ulk::dsp {
 
-// Where a Voice takes its sample from.
+// Where an rspl::Voice takes its sample from.
 class SplDataRetrievalInterface {
 public:
     virtual ~SplDataRetrievalInterface() = default;
@@ -19,4 +19,4 @@ protected:
                              bool /*backward_flag*/) {}
 };
 
-} // namespace ulk::dsp::rspl
+} // namespace ulk::dsp
