@@ -3,6 +3,7 @@
 #include "support/RealTimeGuard.h"
 #include "ulk/sacc/CacheFixture.h"
 
+#include <limits>
 #include <thread>
 
 using namespace ulk;
@@ -47,6 +48,22 @@ TEST_F(SplCacheRtTest, APrefetchMayEndAtTheEndOfTheFileAndNoFurther) {
     EXPECT_EQ(0, prefetch(id, 50, 5));
     EXPECT_EQ((Longs{-1, -1, -1, -1, -1, 5}), list_index(id));
     EXPECT_EQ(Lines(), log.take());
+}
+
+TEST_F(SplCacheRtTest, ARangeThatLeavesTheIntegersIsOutsideTheFile) {
+    give_cells(6);
+    Id const id = open("a", 55);
+    auto const far = std::numeric_limits<ulk::archi::Int64>::max();
+    EXPECT_EQ(Err_OUT_OF_RANGE, prefetch(id, far, 1));
+    EXPECT_EQ(Err_OUT_OF_RANGE, prefetch(id, 1, std::numeric_limits<long>::max()));
+    EXPECT_EQ(Err_OUT_OF_RANGE, cache.lock_data(id, far, 1));
+    EXPECT_EQ(Err_OUT_OF_RANGE, cache.invalidate_data(id, far - 5, 10));
+    EXPECT_EQ(Longs(6, -1), list_index(id));
+    auto const end = std::to_string(far);
+    auto const lines = log.take();
+    ASSERT_EQ(4u, lines.size());
+    EXPECT_EQ("E prefetch_data(): End position " + end + " is out file (id 1, len 55)", lines[0]);
+    EXPECT_TRUE(lines[2].find("(block end: " + end + ", file len: 55") != std::string::npos);
 }
 
 TEST_F(SplCacheRtTest, BlocksGoIntoCellsFromTheLastMadeOn) {

@@ -1,6 +1,7 @@
 #include "ulk/sacc/SplCacheFileDesc.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace ulk::sacc {
 
@@ -24,13 +25,25 @@ void SplCacheFileDesc::set_as_close() {
     _pathname.clear();
 }
 
+archi::Int64 SplCacheFileDesc::compute_end(archi::Int64 pos, long len) {
+    using Limits = std::numeric_limits<archi::Int64>;
+    if (len > 0) {
+        return pos > Limits::max() - len ? Limits::max() : pos + len;
+    }
+    return pos < Limits::min() - len ? Limits::min() : pos + len;
+}
+
 void SplCacheFileDesc::compute_block_covering(long& first, long& count, archi::Int64 pos,
                                               long len) const {
     first = static_cast<long>(pos / _block_frame_len);
-    archi::Int64 const end_in_block = pos % _block_frame_len + len;
+    archi::Int64 const end_in_block = compute_end(pos % _block_frame_len, len);
     // Nearly always within a block, which spares a division.
-    bool const one_flag = end_in_block > 0 && end_in_block <= _block_frame_len && pos >= 0;
-    count = one_flag ? 1 : static_cast<long>((pos + len - 1) / _block_frame_len) - first + 1;
+    if (end_in_block > 0 && end_in_block <= _block_frame_len && pos >= 0) {
+        count = 1;
+        return;
+    }
+    archi::Int64 const last = compute_end(compute_end(pos, len), -1);
+    count = static_cast<long>(last / _block_frame_len) - first + 1;
 }
 
 void SplCacheFileDesc::compute_block_covering_clamped(long& first, long& count, archi::Int64 pos,

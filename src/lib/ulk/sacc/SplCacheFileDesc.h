@@ -44,6 +44,8 @@ public:
     archi::Int64 compute_block_pos(long block_index) const {
         return static_cast<archi::Int64>(_block_frame_len) * block_index;
     }
+    // File position behind len frames from pos on, cut to the range of 64 bits.
+    static archi::Int64 compute_end(archi::Int64 pos, long len);
     // The blocks that cover len frames from pos on.
     void compute_block_covering(long& first, long& count, archi::Int64 pos, long len) const;
     // The same, without those that the index list does not have.

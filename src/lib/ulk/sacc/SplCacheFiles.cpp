@@ -107,11 +107,12 @@ int SplCache::lock_data(SplCacheFileId file_id, archi::Int64 pos, long len) {
         return Err_LEN_NOT_FIXED;
     }
     archi::Int64 const file_len = desc->get_length();
-    if (pos + len > file_len) {
+    archi::Int64 const end = SplCacheFileDesc::compute_end(pos, len);
+    if (end > file_len) {
         ULK_LOG(ERROR,
                 "lock_data(): Requested data is out of range (block end: %2%, file len: %3%, file "
                 "\"%1%\").",
-                pathname, pos + len, file_len);
+                pathname, end, file_len);
         return Err_OUT_OF_RANGE;
     }
     long first = 0;
@@ -193,11 +194,12 @@ int SplCache::invalidate_data(SplCacheFileId file_id, archi::Int64 pos, long len
         return Err_LEN_NOT_FIXED;
     }
     archi::Int64 const file_len = desc->get_length();
-    if (pos + len > file_len) {
+    archi::Int64 const end = SplCacheFileDesc::compute_end(pos, len);
+    if (end > file_len) {
         ULK_LOG(ERROR,
                 "invalidate_data(): Requested data is out of range (block end: %2%, file len: %3%, "
                 "file \"%1%\").",
-                pathname, pos + len, file_len);
+                pathname, end, file_len);
         return Err_OUT_OF_RANGE;
     }
     long first = 0;

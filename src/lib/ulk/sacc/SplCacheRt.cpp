@@ -16,9 +16,10 @@ int SplCache::do_prefetch_data(SplCacheFileId file_id, archi::Int64 pos, long le
         return Err_FILE_ID_UNKNOWN;
     }
     archi::Int64 const file_len = desc_ptr->get_length();
-    if (pos + len > file_len) {
-        ULK_LOG_CACHE(ERROR, "prefetch_data(): End position %1% is out file (id %2%, len %3%)",
-                      pos + len, file_id, file_len);
+    archi::Int64 const end = SplCacheFileDesc::compute_end(pos, len);
+    if (end > file_len) {
+        ULK_LOG_CACHE(ERROR, "prefetch_data(): End position %1% is out file (id %2%, len %3%)", end,
+                      file_id, file_len);
         return Err_OUT_OF_RANGE;
     }
     long first = 0;
