@@ -6,11 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <string>
+#include <vector>
 
 using namespace ulk::ace;
 using Cmd = kryn::PluginDsp::CmdPlug;
 using Counts = std::vector<long>;
+using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -201,10 +205,13 @@ TEST_F(TapePinTest, MemoryThatCannotBeHadChangesNothing) {
         EXPECT_EQ(0, get(4));
         EXPECT_EQ(rig.chn_arr[0], chn_out[0]);
     };
+    log.take();
     for (long const len : {std::numeric_limits<long>::max(), 1L << 40}) {
-        EXPECT_NE(0, rig.set_block_len(len));
+        EXPECT_EQ(Err_FAILURE, rig.set_block_len(len));
+        EXPECT_EQ((Lines{"E set_process_block_len(): exception."}), log.take());
         expect_sound();
     }
+    Lines const pin_lines = {"E set_pin_conf(): exception.", "E update_pins_out(): exception."};
     bool fail_flag = true;
     for (long n = 0; fail_flag; ++n) {
         int ret = 0;
@@ -216,7 +223,12 @@ TEST_F(TapePinTest, MemoryThatCannotBeHadChangesNothing) {
             ret = rig.send(Cmd::SET_PIN_CONF, &rec);
             fail_flag = fault.has_failed();
         }
-        EXPECT_EQ(fail_flag, ret != 0) << n;
+        EXPECT_EQ(fail_flag ? Err_FAILURE : Err_OK, ret) << n;
+        auto const lines = log.take();
+        EXPECT_EQ(fail_flag ? 1u : 0u, lines.size()) << n;
+        for (auto const& line : lines) {
+            EXPECT_EQ(1, std::count(pin_lines.begin(), pin_lines.end(), line)) << line;
+        }
         rig.chn_arr = {fail_flag ? 2 : 16};
         expect_sound();
     }
@@ -229,9 +241,26 @@ TEST_F(TapePinTest, MemoryThatCannotBeHadChangesNothing) {
             ret = rig.send(Cmd::SET_PROCESS_BLOCK_LEN, &rec);
             fail_flag = fault.has_failed();
         }
-        EXPECT_EQ(fail_flag, ret != 0) << n;
+        EXPECT_EQ(fail_flag ? Err_FAILURE : Err_OK, ret) << n;
+        EXPECT_EQ(fail_flag ? 1u : 0u, log.take().size()) << n;
         expect_sound();
     }
+}
+
+TEST_F(TapePinTest, AHostThatTakesNoCommandHearsNothing) {
+    EXPECT_EQ(0, rig.set_block_len(64));
+    rig.init_settled();
+    rig.guard_flag = false; // the lines are caught in memory
+    rig.com.host_execute = nullptr;
+    rig.note(0, 6, 1);
+    rig.param(0, 1, 0, 1);
+    rig.state = {0};
+    EXPECT_EQ(0, rig.process(64));
+    EXPECT_EQ(2, rig.state[0]);
+    EXPECT_EQ((Lines{"E do_get_sample_info(): Error, function not implemented.",
+                     "E handle_accumulated_note_events(): Cannot retrieve sample information "
+                     "(KRYN id 1)"}),
+              log.take());
 }
 
 TEST_F(TapePinTest, TellsItsParameters) {

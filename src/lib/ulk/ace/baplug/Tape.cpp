@@ -144,9 +144,14 @@ int Tape::set_process_block_len(CmdPlug::SetProcessBlockLen const& cmd) {
     for (TapePinInfo const& pin : _pin_arr) {
         nbr_chn += pin._buf.get_nbr_chn();
     }
-    TmpMem mem = make_tmp_mem(cmd.max_block_len, nbr_chn);
-    _block_len = cmd.max_block_len;
-    return update_tmp_buf(mem);
+    try {
+        TmpMem mem = make_tmp_mem(cmd.max_block_len, nbr_chn);
+        _block_len = cmd.max_block_len;
+        return update_tmp_buf(mem);
+    } catch (...) {
+        ULK_LOG(ERROR, "set_process_block_len(): exception.");
+        return Err_FAILURE;
+    }
 }
 
 int Tape::set_sample_freq(CmdPlug::SetSampleFreq const& cmd) {
@@ -189,11 +194,16 @@ int Tape::set_pin_conf(CmdPlug::SetPinConf const& cmd) {
     if (out.nbr_pins < 0) {
         return Err_INVALID_PIN_CONF;
     }
+    TmpMem mem;
     // Stored even when it is refused: the host has to come back with a valid one.
     try {
         _out_conf._chn_vect.assign(out.chn_arr, out.chn_arr + out.nbr_pins);
         _out_conf._port.nbr_pins = out.nbr_pins;
         _out_conf._port.chn_arr = _out_conf._chn_vect.data();
+        if (ok_flag) { // all memory comes first: a failure leaves the pins as they were
+            auto const& chn_list = _out_conf._chn_vect;
+            mem = make_tmp_mem(_block_len, std::accumulate(chn_list.begin(), chn_list.end(), 0L));
+        }
     } catch (...) {
         ULK_LOG(ERROR, "set_pin_conf(): exception.");
         return Err_FAILURE;
@@ -201,9 +211,6 @@ int Tape::set_pin_conf(CmdPlug::SetPinConf const& cmd) {
     if (!ok_flag) {
         return Err_INVALID_PIN_CONF;
     }
-    // All memory comes first: a failure leaves the pins as they were.
-    auto const& chn_list = _out_conf._chn_vect;
-    TmpMem mem = make_tmp_mem(_block_len, std::accumulate(chn_list.begin(), chn_list.end(), 0L));
     int const ret = update_pins_out();
     if (ret != Err_OK) {
         return ret;
@@ -329,7 +336,8 @@ void Tape::assign_mix_buffers() {
 
 // fnc_name: what the log calls it. Without opt_flag, -1 is an error.
 int Tape::send_cmd_to_host(int cmd, void* data, bool opt_flag, char const* fnc_name, bool rt_flag) {
-    int const ret = _com_ptr->host_execute(_com_ptr, cmd, data);
+    auto const execute = _com_ptr->host_execute; // null: a host that takes no command
+    int const ret = execute == nullptr ? Err_NOT_IMPLEMENTED : execute(_com_ptr, cmd, data);
     if (ret == Err_NOT_IMPLEMENTED && !opt_flag) {
         dump_unimplemented_func_error(fnc_name, rt_flag);
     } else if (pibase::Tools::not_imp_success(ret) != Err_OK) {
