@@ -92,6 +92,24 @@ TEST_F(SplCacheBkgTest, MemoryIsCutAfterItWasAdded) {
     EXPECT_EQ((Lines{"E update_or_reserve_rec_cell(): Not enough free memory."}), log.take());
 }
 
+TEST_F(SplCacheBkgTest, AnIdThatWasTakenIsSpent) {
+    EXPECT_EQ(1, cache.generate_new_id());
+    EXPECT_EQ(2, cache.generate_new_id());
+    give_cells(2);
+    EXPECT_EQ(3, open("a", 20));
+    EXPECT_EQ(0, cache.close_file(3));
+    EXPECT_EQ(4, cache.generate_new_id());
+}
+
+TEST_F(SplCacheBkgTest, MemoryIsAddedInCellsOfAnyLength) {
+    EXPECT_EQ(0, cache.add_memory_internal(40, 20, 20));
+    EXPECT_EQ(0, cache.add_memory_internal(30, 0, 10));
+    SplCacheStat stat;
+    cache.collect_statistics(stat);
+    EXPECT_EQ(5, stat.get_nbr_cells(SplCacheCell::Type_NORMAL, SplCacheCell::Status_FREE));
+    EXPECT_EQ(1, stat.get_nbr_cells(SplCacheCell::Type_REC, SplCacheCell::Status_FREE));
+}
+
 TEST_F(SplCacheBkgTest, MemoryThatCannotBeHad) {
     give_cells(4, 2);
     EXPECT_EQ(0, cache.set_memory(100, 100, 0)); // nothing made, and the length stands

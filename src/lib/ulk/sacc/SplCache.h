@@ -53,6 +53,8 @@ public:
     // 1, and the former cell length stands.
     int set_memory(long normal_len, long rec_len, long cell_len);
     int add_memory(long normal_len, long rec_len); // at the present cell length
+    // What both do, for a caller who holds mutex_bkg; the cell length of the cache stays.
+    int add_memory_internal(long normal_len, long rec_len, long cell_len);
 
     // An existing file. file_id is not touched when the file cannot be opened. Err_OUT_OF_RANGE for
     // a file whose frame does not fit a cell.
@@ -63,6 +65,9 @@ public:
                          SplFileExtData const& ext_data);
     int validate_new_data(SplCacheFileId file_id); // brings the headers on disk up to date
     int close_file(SplCacheFileId file_id);        // writes out what was recorded
+
+    // The id after the last one, which is spent by that; for a caller who holds mutex_bkg.
+    SplCacheFileId generate_new_id() { return ++_last_file_id; }
 
     // Pins a range, as far as there are cells; unpins all of a file; has a range read again.
     int lock_data(SplCacheFileId file_id, archi::Int64 pos, long len);
@@ -121,9 +126,7 @@ private:
         long len; // frames
     };
 
-    int add_memory_internal(long normal_len, long rec_len, long cell_len);
     void init_and_add_new_cell(long index, SplCacheCell::Type type);
-    SplCacheFileId generate_new_id() { return ++_last_file_id; }
     template <class OpenFnc>
     int open_any(SplCacheFileId& file_id, char const* pathname, bool rec_flag, OpenFnc open_fnc);
 

@@ -231,6 +231,14 @@ protected:
 
 } // namespace
 
+TEST(ResamplerCst, TheOtherModeDoesNothing) {
+    ResamplerCst reader;
+    reader.configure_hifi(nullptr);
+    EXPECT_FALSE(reader.resample_hifi(0, true));
+    EXPECT_EQ(-1.0, reader.get_cur_play_pos());
+    EXPECT_EQ(1, reader.get_oversampling_rate());
+}
+
 TEST_P(ResamplerCstTest, ReadsAsThroughTheWindow) {
     add_sample(GetParam());
     for (int note = 0; note < 60 && !HasFailure(); ++note) {

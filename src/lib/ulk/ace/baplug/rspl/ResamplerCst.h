@@ -44,13 +44,14 @@ public:
     double get_cur_play_pos() const { return _play_pos; } // of the next output frame
     int get_oversampling_rate() const { return _hifi_flag ? 2 : 1; }
 
-private:
-    // The other mode, for which there is no interpolator: nothing sets its flag.
+    // The two modes behind these operations, up to the end that resample() was given last. Hi-fi
+    // has no interpolator: it does nothing, and nothing sets its flag.
+    void configure_quick(float* scratch);
     void configure_hifi(float* /*scratch*/) {}
+    bool resample_quick(long start, bool gen_flag);
     bool resample_hifi(long /*start*/, bool /*gen_flag*/) { return false; }
 
-    void configure_quick(float* scratch);
-    bool resample_quick(long start, bool gen_flag);
+private:
     void resample_quick_gen(long start);
     void walk_range(SplFileIteratorCont& range, long start, archi::UInt32 frac);
     float const* use_frame(SplFileIteratorCont const& range, archi::Int64 frame) const;

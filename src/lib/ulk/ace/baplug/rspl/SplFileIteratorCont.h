@@ -24,10 +24,9 @@ public:
     long get_block_pos_in_cell() const { return _it_ptr->get_data_pos_cell(); }
     sacc::SplCacheCell const& use_cell() const { return _it_ptr->use_cell(); }
     void iterate();
+    void setup_new_block(); // finds the block at get_block_pos()
 
 private:
-    void setup_new_block();
-
     sacc::SplCacheIteratorRead* _it_ptr;
     archi::Int64 _start;
     long _len;
