@@ -287,6 +287,13 @@ TEST_F(ResamplerCstFarTest, PositionsFarBehindTheFileAreSilent) {
     EXPECT_EQ(pos + 768, reader.get_cur_play_pos());
 }
 
+TEST_F(ResamplerCstFarTest, TheLongestSampleGoesOn) {
+    configure(0, 1, std::numeric_limits<long long>::max());
+    EXPECT_TRUE(reader.resample(0, 100, true));
+    EXPECT_EQ(0, dest[0]);
+    EXPECT_EQ(0.5f, dest[99]);
+}
+
 TEST_F(ResamplerCstFarTest, PositionsFarBeforeTheStartAreSilent) {
     double const pos = -0x1p41;
     configure(pos, 1, 100);

@@ -76,7 +76,7 @@ bool ResamplerCst::resample_quick(long start, bool gen_flag) {
         resample_quick_gen(start);
     }
     _play_pos += static_cast<float>(_end_pos - start) * _rate;
-    return _play_pos < static_cast<double>(_spl_len + 1);
+    return _play_pos < static_cast<double>(_spl_len) + 1;
 }
 
 // Asks the cache for all frames that the block can touch, in one range.
