@@ -282,6 +282,7 @@ public:
     int cache_ret = 0;
     bool cache_flag = true;  // there is one
     long long asked_id = -1; // of the last sample asked for
+    long long told_len = -1; // of every sample, instead of its own
 
 private:
     void prepare(std::vector<std::vector<Floats>>& port, long nbr_spl) {
@@ -310,7 +311,7 @@ private:
         if (it == rig.store.map.end()) {
             return -14498;
         }
-        info.len = it->second.get_len();
+        info.len = rig.told_len >= 0 ? rig.told_len : it->second.get_len();
         info.cache_id = it->second.cache_id;
         info.sample_freq = it->second.freq;
         info.nbr_chn = it->second.nbr_chn;

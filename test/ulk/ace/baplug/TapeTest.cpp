@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cmath>
 
 using test::CacheProbe;
@@ -101,6 +103,20 @@ TEST_F(TapeTest, PrefetchesOneSecondAheadInSteps) {
         EXPECT_EQ(expected, prefetch_list) << block;
         expected.clear();
     }
+}
+
+TEST_F(TapeTest, PrefetchesBeforeTheStartOfTheLongestSample) {
+    store.add(3, make_ramp(1, 300000));
+    store.probe.prefetch_flag = false;
+    rig.told_len = std::numeric_limits<long long>::max();
+    rig.note(0, ON, 7);
+    rig.param(0, 7, ID, 3);
+    rig.param(0, 7, POS, -1);
+    store.probe.call_list.clear();
+    ASSERT_EQ(0, rig.process(64));
+    ASSERT_FALSE(store.probe.call_list.empty());
+    EXPECT_EQ((CacheProbe::Call{'p', store.map[3].cache_id, -44100, 48196}),
+              store.probe.call_list[0]);
 }
 
 TEST_F(TapeTest, NoteInsideTheSampleFadesIn) {

@@ -245,7 +245,7 @@ bool TapeSpl::retrieve_sample_info() {
         return false;
     }
     _cache_id = cache_id;
-    _spl_len = len;
+    _spl_len = std::min(len, static_cast<long long>(reach_max));
     _spl_freq = freq;
     _nbr_chn = nbr_chn;
     return true;
