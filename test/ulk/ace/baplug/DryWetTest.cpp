@@ -4,12 +4,14 @@
 #include "ulk/ace/BufferClearer.h"
 #include "ulk/ace/Constants.h"
 #include "ulk/ace/Err.h"
+#include "ulk/ace/baplug/ParamValMgrSmooth.h"
 #include "ulk/dsp/BasicMixing.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <thread>
 
@@ -481,5 +483,18 @@ TEST(DryWetDeferTest, ClearsUndefinedPinsAlone) {
             EXPECT_EQ(cleared_flag ? 7.0f * tiny : MixerBuffers::pattern, buffers.chn(0, chn)[7]);
             EXPECT_EQ(MixerBuffers::pattern, buffers.chn(0, chn)[8]);
         }
+    }
+}
+
+// A rate without a length of runs: a jump is over with the first piece.
+TEST(ParamValMgrSmooth, ARateThatIsNoneSmoothsNothing) {
+    for (double const freq : {1e300, std::numeric_limits<double>::infinity(), std::nan("")}) {
+        ulk::ace::baplug::ParamValMgrSmooth mgr;
+        mgr.set_sample_freq(freq);
+        mgr.set_val(0.25);
+        mgr.tick(1);
+        mgr.set_val(0.75);
+        mgr.tick(1);
+        EXPECT_EQ(0.75, mgr.get_val()) << freq;
     }
 }

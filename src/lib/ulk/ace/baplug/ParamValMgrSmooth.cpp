@@ -85,7 +85,7 @@ void ParamValMgrSmooth::start_smoothing(double old) {
     if (mean == 0 || !(diff / mean > 0.001)) {
         return;
     }
-    long const len = static_cast<long>(std::ceil(_smooth_time * _sample_freq));
+    long const len = conv_to_len(_smooth_time * _sample_freq);
     long const aim = len + 1;
     double const dest = aim < _mgr.get_ramp_rem()
                             ? static_cast<double>(aim) * _mgr.get_step() + _mgr.get_val()

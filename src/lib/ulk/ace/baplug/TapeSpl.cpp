@@ -19,6 +19,11 @@ namespace {
 constexpr double ln_2_over_12 = 0.057762265046662105;
 constexpr double reach_max = 0x1p52; // positions that a double tells to the frame
 
+// Frames; 0 for what is none, as of a rate that is no number.
+long round_to_len(double val) {
+    return val > 0 && val < reach_max ? static_cast<long>(std::floor(val + 0.5)) : 0;
+}
+
 // Nearest integer; what is out of range, or no number, gives a limit.
 long long conv_to_int(double val, double val_min, double val_max) {
     return static_cast<long long>(std::max(val_min, std::min(val_max, std::floor(val + 0.5))));
@@ -259,7 +264,7 @@ void TapeSpl::start_fade_in() {
         _pan.end_smoothing();
         _vol.end_smoothing();
     } else {
-        _fade_rem = static_cast<long>(std::floor(_sample_freq * _fade_time + 0.5));
+        _fade_rem = round_to_len(_sample_freq * _fade_time);
         _fade_vol = 0;
         _fade_step = 1.0f / static_cast<float>(_fade_rem);
     }
@@ -267,7 +272,7 @@ void TapeSpl::start_fade_in() {
 
 // From where the fade stands, in proportion.
 void TapeSpl::start_fade_out() {
-    _fade_rem = static_cast<long>(std::floor(_sample_freq * _fade_time * _fade_vol + 0.5));
+    _fade_rem = round_to_len(_sample_freq * _fade_time * _fade_vol);
     if (_fade_rem > 0) {
         _fade_step = -_fade_vol / static_cast<float>(_fade_rem);
     }
