@@ -5,9 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include <cmath>
+#include <limits>
 
 using test::CacheProbe;
 using test::Floats;
