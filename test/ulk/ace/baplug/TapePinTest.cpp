@@ -252,6 +252,7 @@ TEST_F(TapePinTest, AHostThatTakesNoCommandHearsNothing) {
     rig.init_settled();
     rig.guard_flag = false; // the lines are caught in memory
     rig.com.host_execute = nullptr;
+    log.take(); // of the set-up
     rig.note(0, 6, 1);
     rig.param(0, 1, 0, 1);
     rig.state = {0};
