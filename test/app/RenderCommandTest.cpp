@@ -169,6 +169,17 @@ TEST_F(RenderCommandTest, StemsAreOfOneLengthAndSumToTheMix) {
     }
 }
 
+TEST_F(RenderCommandTest, AMixThatHasTheNameOfAStemChangesNothing) {
+    auto const json = report("05_bus_and_dry_wet.toml -o out.wav --stems stems");
+    auto const stem = json["stems"][0]["path"].get<std::string>();
+    auto const before = read(stem);
+    auto const refused = run("05_bus_and_dry_wet.toml -o '" + stem + "' --stems stems");
+    EXPECT_EQ(1, refused.code);
+    EXPECT_NE(std::string::npos, refused.err.find(stem + ": would be written twice"))
+        << refused.err;
+    EXPECT_TRUE(before == read(stem));
+}
+
 TEST_F(RenderCommandTest, BestQualityIsConvertedOnce) {
     auto const args = std::string(session) + " --quality best -o ";
     std::string const setting = "XDG_CACHE_HOME=" + (dir.get_path() / "cache").string();
