@@ -94,7 +94,7 @@ void Stream::begin() {
     if (!has_jack()) {
         ulk::sys::ThreadMgr::make_real_time(Device::real_time_priority);
     }
-    _real_time = ulk::sys::ThreadMgr::is_real_time();
+    _real_time.set(ulk::sys::ThreadMgr::is_real_time());
 }
 
 } // namespace ulk::devices

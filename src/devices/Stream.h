@@ -2,6 +2,7 @@
 
 #include "devices/Found.h"
 #include "host/live/Device.h"
+#include "host/live/LateFlag.h"
 #include "ulk/sys/ThreadMgr.h"
 
 #include <atomic>
@@ -34,7 +35,7 @@ public:
     bool is_running() const { return _audio.isStreamOpen() && _audio.isStreamRunning(); }
     long get_nbr_xruns() const { return _nbr_xruns; }
     long long get_nbr_frames() const { return _nbr_frames; }
-    std::optional<bool> is_real_time() const { return _real_time; }
+    std::optional<bool> is_real_time() const { return _real_time.get(); }
 
 private:
     enum Answer : int { Answer_GO_ON, Answer_STOP, Answer_STOP_AT_ONCE };
@@ -64,7 +65,7 @@ private:
     bool _gone_flag = false; // the callback's thread's
     std::atomic<long> _nbr_xruns = 0;
     std::atomic<long long> _nbr_frames = 0;
-    std::atomic<std::optional<bool>> _real_time; // whether the callback's thread is
+    host::live::LateFlag _real_time; // whether the callback's thread is
 };
 
 } // namespace ulk::devices

@@ -27,7 +27,7 @@ void ClockDevice::stop() {
 
 void ClockDevice::run() {
     using Clock = std::chrono::steady_clock;
-    _real_time = sys::ThreadMgr::make_real_time(real_time_priority);
+    _real_time.set(sys::ThreadMgr::make_real_time(real_time_priority));
     auto const len = static_cast<std::size_t>(_settings.block_len);
     std::vector<std::vector<float>> buf_arr(static_cast<std::size_t>(_settings.nbr_out),
                                             std::vector<float>(len));

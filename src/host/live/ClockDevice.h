@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/live/Device.h"
+#include "host/live/LateFlag.h"
 
 #include <atomic>
 #include <thread>
@@ -23,7 +24,7 @@ public:
     void stop() override;
     bool is_alive() override { return true; }
     long get_nbr_xruns() const override { return _nbr_xruns; }
-    std::optional<bool> is_real_time() override { return _real_time; }
+    std::optional<bool> is_real_time() override { return _real_time.get(); }
 
 protected:
     void do_start(Callback const& callback) override;
@@ -34,7 +35,7 @@ private:
     Settings _settings;
     Callback _callback;
     std::atomic<bool> _stop_flag = false;
-    std::atomic<std::optional<bool>> _real_time;
+    LateFlag _real_time;
     std::atomic<long> _nbr_xruns = 0; // blocks that were not done in their time
     std::thread _thread;
 };
