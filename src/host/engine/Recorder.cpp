@@ -20,13 +20,14 @@ namespace {
 
 constexpr long long header_len = 44; // bytes, of the WAV files that are made here
 
-// What is there may be lost: a WAV file of any kind, or nothing at all.
+// What is there may be lost: a WAV file of any kind, one whose header was never written, or
+// nothing at all.
 bool is_replaceable(std::string const& path) {
     std::array<char, 4> id{};
     std::ifstream file(path, std::ios::binary);
     file.read(id.data(), id.size());
     std::string_view const txt(id.data(), static_cast<std::size_t>(file.gcount()));
-    return txt.empty() || txt == "RIFF" || txt == "RF64" || txt == "riff";
+    return txt.empty() || txt[0] == '\0' || txt == "RIFF" || txt == "RF64" || txt == "riff";
 }
 
 [[noreturn]] void refuse(std::string const& path, std::string const& reason) {

@@ -183,14 +183,35 @@ TEST_F(RecorderTest, FilesThatMayNotBeWritten) {
     test::FileFault fault;
     fault.fail_at(1, EACCES, test::FileFault::SysCall::Op_OPEN);
     EXPECT_EQ(_path + ": cannot be made: Permission denied", find_refusal(_path));
-    std::ofstream(_path) << "kept";
+    std::ofstream(_path) << "RIFF, kept";
     fault.fail_at(fault.get_nbr_calls() + 1, EACCES, test::FileFault::SysCall::Op_OPEN);
     EXPECT_EQ(_path + ": cannot be made anew, since what is there may not be written: Permission "
                       "denied",
               find_refusal(_path));
-    EXPECT_EQ(4u, std::filesystem::file_size(_path));
+    EXPECT_EQ(10u, std::filesystem::file_size(_path));
     Recorder const other(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
     EXPECT_EQ(_path + ": cannot be made; does another program write it?", find_refusal(_path));
+}
+
+TEST_F(RecorderTest, WhatIsNoWavFileIsKept) {
+    for (std::string const txt : {"[[track]]", "fLaC", "RIF"}) {
+        std::ofstream(_path) << txt;
+        try {
+            Recorder const recorder(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
+            FAIL() << txt;
+        } catch (Error const& e) {
+            EXPECT_EQ(Error::Kind_USE, e.get_kind());
+            EXPECT_EQ(_path + ": is there and no WAV file; give another name", e.what());
+        }
+        EXPECT_EQ(txt.size(), std::filesystem::file_size(_path));
+    }
+    for (std::string const& txt : {std::string(), std::string("RIFF"), std::string("RF64"),
+                                   std::string("riff"), std::string("\0\0", 2)}) {
+        std::ofstream(_path) << txt;
+        Recorder recorder(_cache, _path, {SplFileBitFmt_F32, 48000, 1});
+        recorder.close();
+        EXPECT_EQ(44u, std::filesystem::file_size(_path));
+    }
 }
 
 // By a link to a file that is not there yet, too.
