@@ -46,6 +46,7 @@ protected:
         try {
             Patience::call([stream = _stream, callback] { stream->start(callback); });
         } catch (Patience::Exhausted const&) {
+            _stopped_flag = true;
             _stream->cut();
             throw;
         }

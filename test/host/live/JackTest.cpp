@@ -170,6 +170,24 @@ TEST_F(JackTest, ADeviceThatDoesNotStartIsTold) {
     }
 }
 
+TEST_F(JackTest, AServerThatHangsAtTheStartIsLeftAlone) {
+    auto const beg = std::chrono::steady_clock::now();
+    {
+        auto const device = devices.open({"", 48000, block_len, 2, 0});
+        server.send(SIGSTOP);
+        try {
+            device->start([](float const* const*, float* const*, long) {});
+            FAIL();
+        } catch (Error const& e) {
+            EXPECT_STREQ("the sound device system does not start: it does not answer for 10 s; is "
+                         "its server well?",
+                         e.what());
+        }
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - beg, std::chrono::seconds(30));
+    server.end(SIGKILL);
+}
+
 TEST_F(JackTest, OneChannelSoundsOnBothSides) {
     settings.block_len = block_len;
     session.nbr_chn = 1;
