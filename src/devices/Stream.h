@@ -24,8 +24,8 @@ public:
     }
     // Plays what is still on its way. JACK has nothing of that, and would wait for a dead server.
     void close();
-    // Once. The callback is not called again, whatever the system does. The system may still know of
-    // the stream, which is left to it for good.
+    // Once. The callback is not called again, whatever the system does. The stream is left to the
+    // system for good, which may still know of it.
     void cut() {
         _self = shared_from_this();
         while (_busy.test_and_set()) {
